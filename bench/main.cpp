@@ -1,0 +1,105 @@
+// Runs the rows in interleaved rounds and prints medians: time, and time as a multiple of the row's yardstick.
+//     pcm_bench [--benchmark_filter=REGEX]
+// A row is run together with its yardstick only if the filter lets both through; without it the multiple is left out.
+#include "support.h"
+
+#include <pcm/pcm.hpp>
+
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <random>
+
+namespace {
+
+struct Row {
+    std::string name, yardstick;
+};
+
+/// In the order in which they were added.
+std::vector<Row> &Rows()
+{
+    static std::vector<Row> rows;
+    return rows;
+}
+
+class PrintsRatios : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context &) override { return true; }
+
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        for (const Run &run : runs) {
+            if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median")
+                continue;
+            median_[run.run_name.function_name] = run.GetAdjustedCPUTime();
+        }
+    }
+
+    void Finalize() override
+    {
+        std::printf("%-52s %14s  %s\n", "row", "ns", "of its yardstick");
+        for (const Row &row : Rows()) {
+            if (!median_.count(row.name))
+                continue;
+            std::printf("%-52s %14.1f", row.name.c_str(), median_[row.name]);
+            if (median_.count(row.yardstick))
+                std::printf("  %8.2f x %s", median_[row.name] / median_[row.yardstick], row.yardstick.c_str());
+            std::printf("\n");
+        }
+    }
+
+private:
+    std::map<std::string, double> median_;
+};
+
+} // namespace
+
+void AddRow(const std::string &name, const std::string &yardstick, std::function<void(benchmark::State &)> body)
+{
+    for (const Row &row : Rows())
+        if (row.name == name)
+            return;
+    Rows().push_back({name, yardstick});
+    benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State &state) { body(state); });
+}
+
+std::string Memcpy(std::size_t in, std::size_t out)
+{
+    const std::size_t bytes = (in + out) / 2;
+    const std::string name = std::string("memcpy/").append(std::to_string(bytes));
+    AddRow(name, "", [bytes](benchmark::State &state) {
+        std::vector<char> source(bytes, 1), dest(bytes);
+        for (auto _ : state) {
+            std::memcpy(dest.data(), source.data(), bytes);
+            benchmark::DoNotOptimize(dest.data());
+            benchmark::ClobberMemory();
+        }
+    });
+    return name;
+}
+
+std::vector<float> Noise(std::size_t samples)
+{
+    std::mt19937 engine(1);
+    std::uniform_real_distribution<float> spread(-1.0f, 1.0f);
+    std::vector<float> noise(samples);
+    for (float &sample : noise)
+        sample = spread(engine);
+    return noise;
+}
+
+int main(int argc, char **argv)
+{
+    std::vector<char *> arguments(argv, argv + argc);
+    char repetitions[] = "--benchmark_repetitions=5", interleaved[] = "--benchmark_enable_random_interleaving=true",
+         time[] = "--benchmark_min_time=0.02";
+    arguments.insert(arguments.begin() + 1, {repetitions, interleaved, time}); // the caller's own come after and win
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 1;
+    const pcm::Module module;
+    PrintsRatios reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+}

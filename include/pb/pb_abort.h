@@ -1,0 +1,27 @@
+/**
+   @file
+   The one way in which a broken precondition is reported: the process ends.
+*/
+#ifndef PB_ABORT_H
+#define PB_ABORT_H
+
+#include <pb/pb_base.h>
+
+PB_EXTERN_C_BEGIN
+
+/**
+   Ends the process after reporting its arguments. Never returns.
+
+   This runtime prints one line on standard error, `file:line: context: expression` or, without a context,
+   `file:line: expression`, and calls abort(). Memory that cannot be had ends the same way.
+
+   @param context     what was being done, or null
+   @param file        the source file of the check, from the project's root and without its ending
+   @param line        its line there
+   @param expression  the text of the condition that does not hold
+*/
+PB_NORETURN PB_API void pb___Abort(const char *context, const char *file, pbInt line, const char *expression);
+
+PB_EXTERN_C_END
+
+#endif

@@ -1,0 +1,35 @@
+/**
+   @file
+   Enumerations: tables of names and values that turn one into the other.
+*/
+#ifndef PB_ENUM_H
+#define PB_ENUM_H
+
+#include <pb/pb_obj.h>
+
+PB_EXTERN_C_BEGIN
+
+typedef struct PB_ENUM PB_ENUM;
+
+/** @return a new enumeration without names, owned by the caller. */
+PB_API PB_ENUM *pbEnumCreate(void);
+
+/**
+   Gives a name a value; a name that is there already gets the new one.
+
+   @param enm     in-out handle; a shared enumeration is first replaced there by a private copy
+   @param name    the name
+   @param length  its bytes, or -1: up to the NUL
+   @param value   its value
+*/
+PB_API void pbEnumSetEnumerantCstr(PB_ENUM **enm, const char *name, pbInt length, pbInt value);
+
+/** @return the value of the name that pbs holds exactly, or -1 when there is none. */
+PB_API pbInt pbEnumParse(PB_ENUM *enm, PB_STRING *pbs);
+
+/** @return a new string with the first name of the value; ends the process when there is none. */
+PB_API PB_STRING *pbEnumGenerate(PB_ENUM *enm, pbInt value);
+
+PB_EXTERN_C_END
+
+#endif

@@ -1,0 +1,49 @@
+/**
+   @file
+   Memory. Blocks come from these operations and go back through pbMemFree, whoever owns them in between.
+
+   No operation reports a failure: memory that cannot be had, a negative count or a product that does not fit in 64 bits
+   ends the process. Threads: every operation may be called from any thread; a block belongs to its owner.
+*/
+#ifndef PB_MEM_H
+#define PB_MEM_H
+
+#include <pb/pb_base.h>
+
+PB_EXTERN_C_BEGIN
+
+/** @return a block of at least so many bytes, aligned for every scalar type, contents indeterminate; null for 0. */
+PB_API void *pbMemAlloc(pbInt bytes);
+
+/** @return a block for count elements of size bytes each, as pbMemAlloc. */
+PB_API void *pbMemAllocN(pbInt count, pbInt size);
+
+/**
+   Resizes a block to count elements of size bytes, keeping its contents up to the smaller size.
+
+   @param block  a block, invalid afterwards, or null for a fresh one
+   @return the resized block; null for 0 bytes, the old block being freed
+*/
+PB_API void *pbMemReallocN(void *block, pbInt count, pbInt size);
+
+/** Frees a block; null is accepted and ignored. */
+PB_API void pbMemFree(void *block);
+
+/** Copies bytes between ranges that do not overlap. */
+PB_API void pbMemCopy(void *dest, const void *source, pbInt bytes);
+
+/** Copies count elements of size bytes between ranges that do not overlap; with 0 bytes the pointers may be null. */
+PB_API void pbMemCopyN(void *dest, const void *source, pbInt count, pbInt size);
+
+/** As pbMemCopyN between ranges that may overlap. */
+PB_API void pbMemMoveN(void *dest, const void *source, pbInt count, pbInt size);
+
+/** Fills count elements of size bytes with the low byte of value; with 0 bytes the pointer may be null. */
+PB_API void pbMemSetN(void *dest, pbInt value, pbInt count, pbInt size);
+
+/** For hosts and tests: @return how many blocks are allocated now, besides the objects' own memory. */
+PB_API pbInt pb___MemDbgBlocks(void);
+
+PB_EXTERN_C_END
+
+#endif

@@ -1,0 +1,21 @@
+/**
+   @file
+   Random numbers: the 64-bit Mersenne Twister of the C++ standard library, one for each thread, seeded by the system.
+   Not for secrets.
+*/
+#ifndef PB_RANDOM_H
+#define PB_RANDOM_H
+
+#include <pb/pb_base.h>
+
+PB_EXTERN_C_BEGIN
+
+/** @return an integer, uniformly from the whole signed 64-bit range. */
+PB_API pbInt pbRandomInt(void);
+
+/** @return an integer, uniformly from low up to but not including high. Ends the process unless 0 <= low < high. */
+PB_API pbInt pbRandomNonNegativeIntRange(pbInt low, pbInt high);
+
+PB_EXTERN_C_END
+
+#endif

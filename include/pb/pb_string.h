@@ -1,0 +1,29 @@
+/**
+   @file
+   Strings: immutable texts. Ordered by their bytes; two strings of the same text are equal.
+
+   The libraries above the runtime only pass strings on; hosts make and read them here.
+*/
+#ifndef PB_STRING_H
+#define PB_STRING_H
+
+#include <pb/pb_obj.h>
+
+PB_EXTERN_C_BEGIN
+
+/**
+   @param text    its bytes; may be null when length is 0
+   @param length  how many bytes, or -1: up to the NUL
+   @return a new string, owned by the caller
+*/
+PB_API PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length);
+
+/** @return the text, NUL-terminated, valid while the string lives. Ends the process when pbs is null. */
+PB_API const char *pbStringCstr(PB_STRING *pbs);
+
+/** @return the length in bytes, without the NUL. Ends the process when pbs is null. */
+PB_API pbInt pbStringLength(PB_STRING *pbs);
+
+PB_EXTERN_C_END
+
+#endif

@@ -1,0 +1,35 @@
+/**
+   @file
+   Vectors: sequences of references to objects, appended at the end and taken from the front in constant time.
+
+   An operation that changes a vector takes the address of the caller's handle; a vector that somebody else holds too
+   is first replaced there by a private copy, so no other holder sees the change. Arguments that are missing end the
+   process.
+*/
+#ifndef PB_VECTOR_H
+#define PB_VECTOR_H
+
+#include <pb/pb_obj.h>
+
+PB_EXTERN_C_BEGIN
+
+typedef struct PB_VECTOR PB_VECTOR;
+
+/** @return a new vector without elements, owned by the caller; destroying it releases the elements. */
+PB_API PB_VECTOR *pbVectorCreate(void);
+
+/** @return the number of elements. */
+PB_API pbInt pbVectorLength(PB_VECTOR *vec);
+
+/** Appends an object and takes a reference of its own; the caller keeps its reference. */
+PB_API void pbVectorAppendObj(PB_VECTOR **vec, PB_OBJ *obj);
+
+/** Removes the first element. @return it, with the vector's reference. Ends the process on an empty vector. */
+PB_API PB_OBJ *pbVectorUnshift(PB_VECTOR **vec);
+
+/** Removes and releases every element. */
+PB_API void pbVectorClear(PB_VECTOR **vec);
+
+PB_EXTERN_C_END
+
+#endif

@@ -1,0 +1,17 @@
+/**
+   @file
+   The library: everything. Begin with pcm_base.h for the rules that hold throughout.
+*/
+#ifndef PCM_H
+#define PCM_H
+
+#include <pcm/pcm_base.h>
+#include <pcm/pcm_convert.h>
+#include <pcm/pcm_decibel.h>
+#include <pcm/pcm_encoding.h>
+#include <pcm/pcm_level.h>
+#include <pcm/pcm_module.h>
+#include <pcm/pcm_packet.h>
+#include <pcm/pcm_samples.h>
+
+#endif

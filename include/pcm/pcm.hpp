@@ -1,0 +1,212 @@
+/**
+   @file
+   The library for C++20 callers: the C operations with handles that look after their references. Header-only; adds no
+   behaviour of its own, so the C headers tell what an operation does and what ends the process.
+
+   A handle (pcm::Packet, ...) holds one reference, or none when it is empty. Copying one retains, destroying one
+   releases, moving one leaves it empty. Changing operations pass the handle's address on, so a shared object is
+   replaced in this handle alone. Samples are passed as std::span. `Try` operations give an empty handle when there is
+   no result. Threads: as the C operations; one handle must not be used by two threads at once.
+*/
+#ifndef PCM_HPP
+#define PCM_HPP
+
+#include <pcm/pcm.h>
+
+#include <pb/pb.h>
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace pcm {
+
+/// How a sort's references are taken and given up; objects of the runtime go through the runtime.
+template <class T> struct Reference {
+    static void Retain(T *object) { pbObjRetain(reinterpret_cast<PB_OBJ *>(object)); }
+    static void Release(T *object) { pbObjRelease(reinterpret_cast<PB_OBJ *>(object)); }
+};
+
+template <> struct Reference<PCM_PACKET> {
+    static void Retain(PCM_PACKET *object) { pcmPacketRetain(object); }
+    static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
+};
+
+/// One reference to an object, or none.
+template <class T> class Handle {
+public:
+    Handle() noexcept = default;
+    Handle(const Handle &other) noexcept : object_(other.object_)
+    {
+        if (object_)
+            Reference<T>::Retain(object_);
+    }
+    Handle(Handle &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    Handle &operator=(Handle other) noexcept
+    {
+        std::swap(object_, other.object_);
+        return *this;
+    }
+    ~Handle()
+    {
+        if (object_)
+            Reference<T>::Release(object_);
+    }
+
+    explicit operator bool() const noexcept { return object_; }
+
+    /// The object, for the C operations; the handle keeps its reference.
+    T *Get() const noexcept { return object_; }
+
+    /// The handle's address, for C operations that may replace the object.
+    T **Address() noexcept { return &object_; }
+
+    /// Gives the reference to the caller and leaves the handle empty.
+    [[nodiscard]] T *Detach() noexcept { return std::exchange(object_, nullptr); }
+
+protected:
+    explicit Handle(T *adopted) noexcept : object_(adopted) {}
+
+private:
+    T *object_ = nullptr;
+};
+
+/// What every handle type has: `Adopt` takes over a reference, `Share` adds one.
+#define PCM_HANDLE(Class, T)                                                                                           \
+    Class() noexcept = default;                                                                                        \
+    [[nodiscard]] static Class Adopt(T *object) noexcept                                                               \
+    {                                                                                                                  \
+        return Class(object, 0);                                                                                       \
+    }                                                                                                                  \
+    [[nodiscard]] static Class Share(T *object) noexcept                                                               \
+    {                                                                                                                  \
+        if (object)                                                                                                    \
+            Reference<T>::Retain(object);                                                                              \
+        return Class(object, 0);                                                                                       \
+    }                                                                                                                  \
+                                                                                                                       \
+private:                                                                                                               \
+    Class(T *adopted, int) noexcept : Handle(adopted)                                                                  \
+    {                                                                                                                  \
+    }                                                                                                                  \
+                                                                                                                       \
+public:
+
+/// Starts the library's module through its descriptor and stops it at the end of the scope. One at a time.
+class Module {
+public:
+    Module() { pcmModule()->startup(); }
+    ~Module() { pcmModule()->shutdown(); }
+    Module(const Module &) = delete;
+    Module &operator=(const Module &) = delete;
+};
+
+/// A text.
+class String : public Handle<PB_STRING> {
+public:
+    PCM_HANDLE(String, PB_STRING)
+    explicit String(std::string_view text)
+        : String(pbStringCreateFromCstr(text.data(), static_cast<pbInt>(text.size())), 0)
+    {
+    }
+
+    std::string_view View() const { return {pbStringCstr(Get()), static_cast<std::size_t>(pbStringLength(Get()))}; }
+};
+
+/// An immutable run of bytes.
+class Buffer : public Handle<PB_BUFFER> {
+public:
+    PCM_HANDLE(Buffer, PB_BUFFER)
+    explicit Buffer(std::span<const std::byte> bytes) ///< a copy of the bytes
+    {
+        const auto length = static_cast<pbInt>(bytes.size());
+        void *block = pbMemAlloc(length);
+        pbMemCopyN(block, bytes.data(), length, 1);
+        *this = Adopt(pbBufferCreateFromBytesUse(block, length));
+    }
+
+    pbInt Length() const { return pbBufferLength(Get()); }
+    std::span<const std::byte> Bytes() const
+    {
+        return {static_cast<const std::byte *>(pbBufferBacking(Get())), static_cast<std::size_t>(Length())};
+    }
+};
+
+/// An encoding's flag word with its text form and sizes.
+class Encoding {
+public:
+    constexpr Encoding(PCM_ENCODING flags = 0) noexcept : flags_(flags) {}
+    static Encoding FromString(std::string_view names) { return pcmEncodingFromString(String(names).Get()); }
+
+    constexpr operator PCM_ENCODING() const noexcept { return flags_; }
+
+    Encoding Normalize() const { return pcmEncodingNormalize(flags_); }
+    std::string ToString() const { return std::string(String::Adopt(pcmEncodingToString(flags_)).View()); }
+    pbInt SizeofSample() const { return pcmEncodingSizeofSample(flags_); }
+    pbInt SizeofFrame(pbInt channels) const { return pcmEncodingSizeofFrame(flags_, channels); }
+
+private:
+    PCM_ENCODING flags_;
+};
+
+/// The buffer's samples in another encoding; empty when it holds none, or not a whole number of them.
+inline Buffer TryConvert(PCM_ENCODING destEncoding, const Buffer &source, PCM_ENCODING sourceEncoding)
+{
+    return Buffer::Adopt(pcmTryConvert(destEncoding, source.Get(), sourceEncoding));
+}
+
+inline pbReal DecibelFromGain(pbReal gain)
+{
+    return pcmDecibelFromGain(gain);
+}
+inline pbReal DecibelToGain(pbReal decibel)
+{
+    return pcmDecibelToGain(decibel);
+}
+
+inline void LevelAdjust(std::span<PCM_SAMPLE> samples, pbReal decibel)
+{
+    pcmLevelAdjustSamples(samples.data(), static_cast<pbInt>(samples.size()), decibel);
+}
+
+/// A run of frames.
+class Packet : public Handle<PCM_PACKET> {
+public:
+    PCM_HANDLE(Packet, PCM_PACKET)
+    explicit Packet(pbInt channels) : Packet(pcmPacketCreate(channels), 0) {}
+
+    /// A copy of interleaved samples; what is beyond the last whole frame is left out.
+    Packet(std::span<const PCM_SAMPLE> samples, pbInt channels)
+        : Packet(pcmPacketCreateFromSamplesCopy(samples.data(), channels,
+                                                channels > 0 ? static_cast<pbInt>(samples.size()) / channels : 0),
+                 0)
+    {
+    }
+
+    static Packet TryDecode(const Buffer &source, PCM_ENCODING encoding, pbInt channels)
+    {
+        return Adopt(pcmPacketTryDecode(source.Get(), encoding, channels));
+    }
+    Buffer Encode(PCM_ENCODING encoding) const { return Buffer::Adopt(pcmPacketEncode(Get(), encoding)); }
+
+    pbInt Channels() const { return pcmPacketChannels(Get()); }
+    pbInt Frames() const { return pcmPacketFrames(Get()); }
+    std::span<const PCM_SAMPLE> Samples() const { return {pcmPacketBacking(Get()), Size()}; }
+    std::span<PCM_SAMPLE> MutableSamples()
+    {
+        PCM_SAMPLE *samples = pcmPacketMutableBacking(Address());
+        return {samples, Size()};
+    }
+
+    void Clear() { pcmPacketClear(Address()); }
+    void LevelAdjust(pbReal decibel) { pcmLevelAdjust(Address(), decibel); }
+
+private:
+    std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }
+};
+
+} // namespace pcm
+
+#endif

@@ -1,0 +1,32 @@
+/**
+   @file
+   The library as a module of its host.
+
+   A host obtains the descriptor with pcmModule, calls its `startup` once before anything else and its `shutdown` once
+   after everything else. Neither may overlap with any other call into the library.
+*/
+#ifndef PCM_MODULE_H
+#define PCM_MODULE_H
+
+#include <pcm/pcm_base.h>
+
+PCM_EXTERN_C_BEGIN
+
+/** @return the module descriptor, pcm___module. May be called at any time. */
+PCM_API PB_MODULE *pcmModule(void);
+
+/** The module descriptor: static, never retained or released. */
+PCM_API extern PB_MODULE pcm___module;
+
+/** Who the module is: names, version, build time, vendor. */
+PCM_API extern PB_MODULE_RECORD pcm___module_record;
+
+/** Builds the library's constant objects, in the order in which they need each other. @return 1 */
+PCM_API pbBool pcm___ModuleStartup(void);
+
+/** Gives them up in the reverse order; the globals that held an object then hold the all-ones value. */
+PCM_API void pcm___ModuleShutdown(void);
+
+PCM_EXTERN_C_END
+
+#endif

@@ -1,0 +1,107 @@
+/**
+   @file
+   Packets: runs of frames, shared by reference and copied when one holder changes them.
+
+   A packet has a channel count of at least 1 and any number of frames. Retaining a packet and handing it on costs one
+   count; its samples are copied only when somebody changes it while somebody else holds it too.
+*/
+#ifndef PCM_PACKET_H
+#define PCM_PACKET_H
+
+#include <pcm/pcm_base.h>
+#include <pcm/pcm_encoding.h>
+
+#include <pb/pb_buffer.h>
+
+PCM_EXTERN_C_BEGIN
+
+typedef struct PCM_PACKET PCM_PACKET;
+
+PCM_DECLARE_SORT(pcmPacket, PCM_PACKET)
+
+/** The sort's free function, for the runtime alone. */
+PCM_API void pcm___PacketFreeFunc(PB_OBJ *obj);
+
+/* Making packets. The caller owns the new packet. */
+
+/** @return a new packet of so many channels (at least 1) without frames. */
+PCM_API PCM_PACKET *pcmPacketCreate(pbInt channels);
+
+/** @return a private copy of the packet with a copy of every sample. Ends the process when source is null. */
+PCM_API PCM_PACKET *pcmPacketCreateFrom(PCM_PACKET *source);
+
+/**
+   Makes a packet of a block of samples without copying it.
+
+   @param source    channels x frames samples, interleaved, in a block from pbMemAlloc or its kin, which the packet owns
+                    from now on; with 0 frames null, or a block that is freed at once
+   @param channels  at least 1
+   @param frames    at least 0
+   @return the new packet
+
+   Ends the process when an argument is out of range or source is missing.
+*/
+PCM_API PCM_PACKET *pcmPacketCreateFromSamplesUse(PCM_SAMPLE *source, pbInt channels, pbInt frames);
+
+/** As pcmPacketCreateFromSamplesUse with a copy of the samples: the array stays the caller's. */
+PCM_API PCM_PACKET *pcmPacketCreateFromSamplesCopy(const PCM_SAMPLE *source, pbInt channels, pbInt frames);
+
+/* Reading packets. All end the process when pkt is null. */
+
+/** @return the number of channels, at least 1. */
+PCM_API pbInt pcmPacketChannels(PCM_PACKET *pkt);
+
+/** @return the number of frames, at least 0. */
+PCM_API pbInt pcmPacketFrames(PCM_PACKET *pkt);
+
+/** @return the samples, channels x frames, interleaved, to be read only; null when there are no frames. */
+PCM_API const PCM_SAMPLE *pcmPacketBacking(PCM_PACKET *pkt);
+
+/* Changing packets. All end the process when pkt or *pkt is null. */
+
+/**
+   Lends the samples for reading and writing.
+
+   @param pkt  in-out handle; a shared packet is first replaced there by a private copy, also when it has no frames
+   @return the samples of the packet that is now in the handle; null when it has no frames. Valid until the packet is
+   next passed to a changing operation or shown to another holder.
+*/
+PCM_API PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt);
+
+/**
+   Removes all frames. A packet without frames stays as it is, shared or not.
+
+   @param pkt  in-out handle; a shared packet with frames is replaced there by a new one of the same channel count
+*/
+PCM_API void pcmPacketClear(PCM_PACKET **pkt);
+
+/* Bytes in and out. The layout of the bytes is that of the encoding (pcm_encoding.h, pcm_convert.h), frame after frame
+   without headers or gaps. */
+
+/**
+   Makes a packet of the frames in a byte buffer.
+
+   @param source    the bytes; only read
+   @param encoding  their encoding; any flag word
+   @param channels  samples in each frame, at least 1
+   @return a new packet, owned by the caller; null when the bytes are not a whole number of frames
+
+   No bytes are 0 frames, not null. Ends the process when source is null, or channels is below 1 or so many that the
+   size of a frame does not fit in 64 bits.
+*/
+PCM_API PCM_PACKET *pcmPacketTryDecode(PB_BUFFER *source, PCM_ENCODING encoding, pbInt channels);
+
+/**
+   Writes a packet's frames as bytes. Integers and G.711 saturate at full scale.
+
+   @param pkt       the packet; only read
+   @param encoding  the encoding wanted; any flag word
+   @return a new buffer, owned by the caller, of pcmPacketFrames x pcmEncodingSizeofFrame bytes
+
+   Ends the process when pkt is null or the size does not fit in 64 bits.
+*/
+PCM_API PB_BUFFER *pcmPacketEncode(PCM_PACKET *pkt, PCM_ENCODING encoding);
+
+PCM_EXTERN_C_END
+
+#endif

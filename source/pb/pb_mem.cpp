@@ -1,0 +1,85 @@
+// Memory: the C library's allocator, with the checks and the count of live blocks.
+#include "pb_assert.h"
+
+#include <pb/pb_int.h>
+#include <pb/pb_mem.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+std::atomic<pbInt> liveBlocks{0};
+
+/// count * size as a size; ends the process when there is no such size.
+std::size_t Bytes(pbInt count, pbInt size)
+{
+    PB_ASSERT(count >= 0);
+    PB_ASSERT(size >= 0);
+    PB_ASSERT(PB_INT_MUL_OK( count, size ));
+
+    return static_cast<std::size_t>(count * size);
+}
+
+} // namespace
+
+void *pbMemAlloc(pbInt bytes)
+{
+    return pbMemAllocN(bytes, 1);
+}
+
+void *pbMemAllocN(pbInt count, pbInt size)
+{
+    return pbMemReallocN(nullptr, count, size);
+}
+
+void *pbMemReallocN(void *block, pbInt count, pbInt size)
+{
+    const std::size_t bytes = Bytes(count, size);
+    if (!bytes) {
+        pbMemFree(block);
+        return nullptr;
+    }
+    void *memory = std::realloc(block, bytes);
+    PB_ASSERT(memory);
+    if (!block)
+        liveBlocks.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
+void pbMemFree(void *block)
+{
+    if (!block)
+        return;
+    std::free(block);
+    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void pbMemCopy(void *dest, const void *source, pbInt bytes)
+{
+    pbMemCopyN(dest, source, bytes, 1);
+}
+
+void pbMemCopyN(void *dest, const void *source, pbInt count, pbInt size)
+{
+    if (const std::size_t bytes = Bytes(count, size))
+        std::memcpy(dest, source, bytes);
+}
+
+void pbMemMoveN(void *dest, const void *source, pbInt count, pbInt size)
+{
+    if (const std::size_t bytes = Bytes(count, size))
+        std::memmove(dest, source, bytes);
+}
+
+void pbMemSetN(void *dest, pbInt value, pbInt count, pbInt size)
+{
+    if (const std::size_t bytes = Bytes(count, size))
+        std::memset(dest, static_cast<int>(value & 0xFF), bytes);
+}
+
+pbInt pb___MemDbgBlocks()
+{
+    return liveBlocks.load(std::memory_order_relaxed);
+}

@@ -1,0 +1,137 @@
+// What the tests share: packets at hand, checks that end the process, random input from a printed seed.
+#pragma once
+
+#include <pcm/pcm.hpp>
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+using Samples = std::vector<PCM_SAMPLE>;
+using Frame = std::vector<PCM_SAMPLE>;
+using Bytes = std::vector<uint8_t>;
+
+/// Expects the statement to end the process with exactly this expression, reported from a file of the libraries.
+#define EXPECT_ABORT(statement, expression) EXPECT_ABORT_IN(statement, "", expression)
+
+/// The same, saying what was being done.
+#define EXPECT_ABORT_IN(statement, context, expression)                                                                \
+    EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT),                                                         \
+                AbortLine("source/p(b|cm)/[a-z0-9_]+", context, expression))
+
+/// The same, with the file in which the check stands, such as "source/pcm/pcm_packet".
+#define EXPECT_ABORT_AT(statement, file, expression)                                                                   \
+    EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT), AbortLine(file, "", expression))
+
+/// Matches the one line that an abort prints.
+inline testing::Matcher<const std::string &> AbortLine(const std::string &file, const std::string &context,
+                                                       const std::string &expression)
+{
+    std::string quoted;
+    for (const char c : context.empty() ? expression : context + ": " + expression) {
+        if (std::string_view("\\^$.|?*+()[]{}").find(c) != std::string_view::npos)
+            quoted += '\\';
+        quoted += c;
+    }
+    return testing::ContainsRegex("(^|\n)" + file + ":[0-9]+: " + quoted + "\n");
+}
+
+inline pcm::Packet MakePacket(pbInt channels, const Samples &samples)
+{
+    return pcm::Packet(samples, channels);
+}
+
+inline pbInt RefCount(PCM_PACKET *pkt)
+{
+    return pcmPacketObj(pkt)->refCount;
+}
+
+inline Samples SamplesOf(PCM_PACKET *pkt)
+{
+    const PCM_SAMPLE *samples = pcmPacketBacking(pkt);
+    const pbInt count = pcmPacketFrames(pkt) * pcmPacketChannels(pkt);
+    return count ? Samples(samples, samples + count) : Samples();
+}
+
+/// The frames of a packet, each as the samples of its channels.
+inline std::vector<Frame> Frames(PCM_PACKET *pkt)
+{
+    std::vector<Frame> frames;
+    const Samples samples = SamplesOf(pkt);
+    const pbInt channels = pcmPacketChannels(pkt);
+    for (auto at = samples.begin(); at != samples.end(); at += channels)
+        frames.emplace_back(at, at + channels);
+    return frames;
+}
+
+/// The packet's invariant: a block exactly when there are frames, and an account that says how much it is.
+inline void ExpectSound(PCM_PACKET *pkt)
+{
+    EXPECT_EQ(pcmPacketBacking(pkt) == nullptr, pcmPacketFrames(pkt) == 0);
+    EXPECT_EQ(pb___ObjDbgAllocationSize(pcmPacketObj(pkt)), pcmPacketFrames(pkt) * pcmPacketChannels(pkt) * 4);
+}
+
+/// Retains a packet, or nothing, and releases it at the end of the scope: somebody else who looks on.
+struct Holder {
+    explicit Holder(PCM_PACKET *held) : packet(held)
+    {
+        if (packet)
+            pcmPacketRetain(packet);
+    }
+    ~Holder()
+    {
+        if (packet)
+            pcmPacketRelease(packet);
+    }
+    Holder(const Holder &) = delete;
+    Holder &operator=(const Holder &) = delete;
+
+    PCM_PACKET *const packet;
+};
+
+/// The bits of samples, so that -0.0, NaN and their kin are compared as what they are.
+inline std::vector<uint32_t> BitsOf(const Samples &samples)
+{
+    std::vector<uint32_t> bits;
+    for (const PCM_SAMPLE sample : samples)
+        bits.push_back(std::bit_cast<uint32_t>(sample));
+    return bits;
+}
+
+/// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it.
+class Random {
+public:
+    explicit Random(uint64_t seed = NextSeed())
+        : trace_(__FILE__, __LINE__, "seed " + std::to_string(seed)), engine_(seed)
+    {
+    }
+
+    uint64_t Bits() { return engine_(); }
+    pbInt From(pbInt low, pbInt high)
+    {
+        return std::uniform_int_distribution<pbInt>(low, high)(engine_);
+    } ///< inclusive
+    bool OneIn(pbInt n) { return From(1, n) == 1; }
+    PCM_SAMPLE Sample() { return std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_); }
+    Samples Run(pbInt count)
+    {
+        Samples samples;
+        for (pbInt i = 0; i < count; ++i)
+            samples.push_back(Sample());
+        return samples;
+    }
+
+    static uint64_t NextSeed()
+    {
+        const char *fixed = std::getenv("PCM_TEST_SEED");
+        return fixed ? std::strtoull(fixed, nullptr, 10) : std::random_device()();
+    }
+
+private:
+    testing::ScopedTrace trace_;
+    std::mt19937_64 engine_;
+};
