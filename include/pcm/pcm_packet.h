@@ -75,6 +75,81 @@ PCM_API PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt);
 */
 PCM_API void pcmPacketClear(PCM_PACKET **pkt);
 
+/* Write: overwrite frames of a packet; its length and channel count stay.
+
+   The names say which frames of the source are written, as one run that starts at frame idx of the packet:
+
+   - no word   all of them
+   - Inner     those from offset to offset + frames
+   - Outer     all but those: the ones before offset, followed without a gap by the ones from offset + frames on
+   - Leading   the first ones, so many as frames says
+   - Trailing  the last ones
+   - Zero      no source: silence, +0.0 in every sample
+
+   A shared packet is first replaced in the handle by a private copy; but a write of 0 frames leaves the handle as it
+   is. The source is read only. It may be the packet in the handle, and is then taken as it was before the call.
+
+   All end the process when an argument is missing or negative, the source does not have the frames asked for, the
+   frames from idx on do not all lie within the packet, or the channel counts differ: also where 0 frames are written.
+ */
+
+PCM_API void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketWrite(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source);
+PCM_API void pcmPacketWriteLeading(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketWriteTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketWriteOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
+
+/* Insert: make a packet longer. The frames that the name selects, by the words of Write, go in before frame idx; what
+   was there follows behind them. Prepend inserts before frame 0, Append behind the last frame.
+
+   A packet with one holder grows in place, and appending to it moves no frame. A shared one is replaced in the handle
+   by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is read only. It may be the
+   packet in the handle, and is then taken as it was before the call.
+
+   All end the process when an argument is missing or negative, idx is greater than the number of frames, the source
+   does not have the frames asked for, or the channel counts differ: also where 0 frames are inserted. So does a length
+   that 64 bits cannot count the bytes of. */
+
+PCM_API void pcmPacketInsertInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketPrependInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketAppendInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketInsert(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source);
+PCM_API void pcmPacketPrepend(PCM_PACKET **pkt, PCM_PACKET *source);
+PCM_API void pcmPacketAppend(PCM_PACKET **pkt, PCM_PACKET *source);
+PCM_API void pcmPacketInsertLeading(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketPrependLeading(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketAppendLeading(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketInsertTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketPrependTrailing(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketAppendTrailing(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames);
+PCM_API void pcmPacketInsertOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketPrependOuter(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketAppendOuter(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
+PCM_API void pcmPacketInsertZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
+PCM_API void pcmPacketPrependZero(PCM_PACKET **pkt, pbInt frames);
+PCM_API void pcmPacketAppendZero(PCM_PACKET **pkt, pbInt frames);
+
+/* Delete: make a packet shorter. A packet with one holder shrinks in place; a shared one is replaced in the handle by a
+   new packet of the frames that remain, unless all of them do.
+
+   All end the process when pkt or *pkt is null, an argument is negative, or the frames named are not all there. */
+
+/** Removes frames idx to idx + frames; those behind them close up. */
+PCM_API void pcmPacketDelInner(PCM_PACKET **pkt, pbInt idx, pbInt frames);
+
+/** Keeps only frames idx to idx + frames. */
+PCM_API void pcmPacketDelOuter(PCM_PACKET **pkt, pbInt idx, pbInt frames);
+
+/** Removes the first frames. */
+PCM_API void pcmPacketDelLeading(PCM_PACKET **pkt, pbInt frames);
+
+/** Removes the last frames. */
+PCM_API void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames);
+
+/** Gives the packet exactly so many frames: drops the last ones or appends silence. */
+PCM_API void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames);
+
 /* Bytes in and out. The layout of the bytes is that of the encoding (pcm_encoding.h, pcm_convert.h), frame after frame
    without headers or gaps. */
 

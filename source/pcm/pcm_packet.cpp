@@ -8,6 +8,8 @@
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 
+#include <utility>
+
 using pcm::AsObj;
 using pcm::Ref;
 
@@ -58,6 +60,11 @@ void CheckSize(pbInt channels, pbInt frames)
 {
     PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
     PB_ASSERT(PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) ));
+}
+
+PCM_SAMPLE *AllocFrames(pbInt channels, pbInt frames)
+{
+    return static_cast<PCM_SAMPLE *>(pbMemAllocN(frames, channels * kSample));
 }
 
 /// Gives a packet that has frames but no block yet a copy of so many samples.
@@ -166,6 +173,353 @@ void pcmPacketClear(PCM_PACKET **pkt)
     (*pkt)->frames = 0;
     (*pkt)->backing = nullptr;
     Report(*pkt);
+}
+
+// Write: replaces frames that are there. Which frames of the source are meant is a matter of arguments; what is common
+// to all is that the source is taken as it was, also where it is the packet that is written to.
+
+namespace {
+
+PCM_SAMPLE *FrameAt(PCM_PACKET *pkt, pbInt idx)
+{
+    return pkt->backing + idx * pkt->channels;
+}
+
+/// Copies frames of one packet into frames of another, of as many channels, that nobody else holds.
+void CopyFrames(PCM_PACKET *pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    if (frames)
+        pcm___SamplesCopy(FrameAt(pkt, idx), FrameAt(source, offset), frames * source->channels);
+}
+
+/// Copies all of a packet but a run of frames.
+void CopyOuter(PCM_PACKET *pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    CopyFrames(pkt, idx, source, 0, offset);
+    CopyFrames(pkt, idx + offset, source, offset + frames, source->frames - offset - frames);
+}
+
+/// The source has these frames.
+void CheckRun(PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    PB_ASSERT(source);
+    PB_ASSERT(offset >= 0);
+    PB_ASSERT(frames >= 0);
+    if (frames)
+        PB_ASSERT(PB_INT_ADD_OK( offset, frames ));
+    PB_ASSERT(offset + frames <= source->frames);
+}
+
+// First frames that stand for a part of the source. Each checks what it reads.
+pbInt Start(PCM_PACKET *source)
+{
+    PB_ASSERT(source);
+
+    return 0;
+}
+
+pbInt Tail(PCM_PACKET *source, pbInt frames)
+{
+    PB_ASSERT(source);
+    PB_ASSERT(PB_INT_SUB_OK( source->frames, frames ));
+
+    return source->frames - frames;
+}
+
+pbInt Length(PCM_PACKET *source)
+{
+    PB_ASSERT(source);
+
+    return source->frames;
+}
+
+} // namespace
+
+void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    CheckRun(source, offset, frames);
+    if (frames)
+        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
+    PB_ASSERT(idx + frames <= (*pkt)->frames);
+    PB_ASSERT((*pkt)->channels == source->channels);
+
+    if (frames == 0)
+        return;
+    const auto kept = pcm::KeepIfSame(*pkt, source);
+    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    CopyFrames(*pkt, idx, source, offset, frames);
+}
+
+void pcmPacketWriteOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    CheckRun(source, offset, frames);
+    if (source->frames - frames > 0)
+        PB_ASSERT(PB_INT_ADD_OK( idx, source->frames - frames ));
+    PB_ASSERT(idx + (source->frames - frames) <= (*pkt)->frames);
+    PB_ASSERT((*pkt)->channels == source->channels);
+
+    if (source->frames == frames)
+        return;
+    const auto kept = pcm::KeepIfSame(*pkt, source);
+    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    CopyOuter(*pkt, idx, source, offset, frames);
+}
+
+void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    PB_ASSERT(frames >= 0);
+    if (frames)
+        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
+    PB_ASSERT(idx + frames <= (*pkt)->frames);
+
+    if (frames == 0)
+        return;
+    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    pcm___SamplesZero(FrameAt(*pkt, idx), frames * (*pkt)->channels);
+}
+
+// clang-format off
+void pcmPacketWrite(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source)
+{ pcmPacketWriteInner(pkt, idx, source, 0, Length(source)); }
+void pcmPacketWriteLeading(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames)
+{ pcmPacketWriteInner(pkt, idx, source, 0, frames); }
+void pcmPacketWriteTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames)
+{ pcmPacketWriteInner(pkt, idx, source, Tail(source, frames), frames); }
+// clang-format on
+
+// Insert: opens a gap and fills it as a write would. Everything is checked before the gap opens, so that no block is
+// resized for a call that fails.
+
+namespace {
+
+/// A packet's block and frame count change together; its account is told.
+void Resize(PCM_PACKET *pkt, pbInt frames)
+{
+    pkt->backing = static_cast<PCM_SAMPLE *>(pbMemReallocN(pkt->backing, frames, pkt->channels * kSample));
+    pkt->frames = frames;
+    Report(pkt);
+}
+
+/// Moves frames within a packet that nobody else holds.
+void MoveFrames(PCM_PACKET *pkt, pbInt idx, pbInt from, pbInt frames)
+{
+    if (frames)
+        pcm___SamplesMove(FrameAt(pkt, idx), FrameAt(pkt, from), frames * pkt->channels);
+}
+
+/// A gap of so many frames may open there.
+void CheckGap(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    PB_ASSERT(frames >= 0);
+    if (frames == 0)
+        return;
+    PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
+    PB_ASSERT(PB_INT_ADD_OK( (*pkt)->frames, frames ));
+    pcmPacketWriteZero(pkt, idx, 0); // an empty write is allowed exactly where a gap may open
+}
+
+/// The source has the frames for the gap, and of the right kind.
+void CheckFill(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    CheckRun(source, offset, frames);
+    pcmPacketWriteZero(pkt, idx, 0);
+    PB_ASSERT((*pkt)->channels == source->channels);
+}
+
+/// Makes room for more frames at idx in a packet that nobody else holds; the caller fills it.
+void OpenGap(PCM_PACKET **pkt, pbInt idx, pbInt gap)
+{
+    const pbInt channels = (*pkt)->channels, frames = (*pkt)->frames + gap, behind = (*pkt)->frames - idx;
+    CheckSize(channels, frames);
+
+    if (!pcm::IsShared(AsObj(*pkt))) {
+        Resize(*pkt, frames);
+        MoveFrames(*pkt, idx + gap, idx, behind);
+        return;
+    }
+    auto longer = CreateWith(channels, frames, AllocFrames(channels, frames));
+    CopyFrames(longer.get(), 0, *pkt, 0, idx);
+    CopyFrames(longer.get(), idx + gap, *pkt, idx, behind);
+    Report(longer.get());
+    pcm::Replace(pkt, std::move(longer));
+}
+
+/// The place behind the last frame.
+pbInt End(PCM_PACKET **pkt)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+
+    return (*pkt)->frames;
+}
+
+} // namespace
+
+void pcmPacketInsertInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    CheckGap(pkt, idx, frames);
+    CheckFill(pkt, idx, source, offset, frames);
+
+    if (frames == 0)
+        return;
+    const auto kept = pcm::KeepIfSame(*pkt, source);
+    OpenGap(pkt, idx, frames);
+    CopyFrames(*pkt, idx, source, offset, frames);
+}
+
+void pcmPacketInsertOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    const pbInt gap = Tail(source, frames);
+    CheckGap(pkt, idx, gap);
+    CheckFill(pkt, idx, source, offset, frames);
+
+    if (gap == 0)
+        return;
+    const auto kept = pcm::KeepIfSame(*pkt, source);
+    OpenGap(pkt, idx, gap);
+    CopyOuter(*pkt, idx, source, offset, frames);
+}
+
+void pcmPacketInsertZero(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    CheckGap(pkt, idx, frames);
+    pcmPacketWriteZero(pkt, idx, 0);
+
+    if (frames == 0)
+        return;
+    OpenGap(pkt, idx, frames);
+    pcm___SamplesZero(FrameAt(*pkt, idx), frames * (*pkt)->channels);
+}
+
+// clang-format off
+void pcmPacketInsert(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source)
+{ pcmPacketInsertInner(pkt, idx, source, 0, Length(source)); }
+void pcmPacketInsertLeading(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertInner(pkt, idx, source, Start(source), frames); }
+void pcmPacketInsertTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertInner(pkt, idx, source, Tail(source, frames), frames); }
+
+void pcmPacketPrepend(PCM_PACKET **pkt, PCM_PACKET *source)
+{ pcmPacketInsert(pkt, 0, source); }
+void pcmPacketPrependInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames)
+{ pcmPacketInsertInner(pkt, 0, source, offset, frames); }
+void pcmPacketPrependOuter(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames)
+{ pcmPacketInsertOuter(pkt, 0, source, offset, frames); }
+void pcmPacketPrependLeading(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertLeading(pkt, 0, source, frames); }
+void pcmPacketPrependTrailing(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertTrailing(pkt, 0, source, frames); }
+void pcmPacketPrependZero(PCM_PACKET **pkt, pbInt frames)
+{ pcmPacketInsertZero(pkt, 0, frames); }
+
+void pcmPacketAppend(PCM_PACKET **pkt, PCM_PACKET *source)
+{ pcmPacketInsert(pkt, End(pkt), source); }
+void pcmPacketAppendInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames)
+{ pcmPacketInsertInner(pkt, End(pkt), source, offset, frames); }
+void pcmPacketAppendOuter(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames)
+{ pcmPacketInsertOuter(pkt, End(pkt), source, offset, frames); }
+void pcmPacketAppendLeading(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertLeading(pkt, End(pkt), source, frames); }
+void pcmPacketAppendTrailing(PCM_PACKET **pkt, PCM_PACKET *source, pbInt frames)
+{ pcmPacketInsertTrailing(pkt, End(pkt), source, frames); }
+void pcmPacketAppendZero(PCM_PACKET **pkt, pbInt frames)
+{ pcmPacketInsertZero(pkt, End(pkt), frames); }
+// clang-format on
+
+// Delete: closes up in place, moving before the block shrinks; what remains of a shared packet is appended to a new
+// one.
+
+namespace {
+
+/// There are these frames to remove or to keep.
+void CheckPart(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    PB_ASSERT(frames >= 0);
+    if (frames)
+        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
+    PB_ASSERT(idx + frames <= (*pkt)->frames);
+}
+
+/// Puts a part of a shared packet into the handle, as a packet of its own.
+template <class Append> void ReplaceByPart(PCM_PACKET **pkt, pbInt idx, pbInt frames, Append append)
+{
+    auto part = Ref<PCM_PACKET>::Adopt(pcmPacketCreate((*pkt)->channels));
+    append(part.Handle(), *pkt, idx, frames);
+    pcm::Replace(pkt, std::move(part));
+}
+
+} // namespace
+
+void pcmPacketDelInner(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    CheckPart(pkt, idx, frames);
+
+    if (frames == 0)
+        return;
+    if (frames == (*pkt)->frames)
+        return pcmPacketClear(pkt);
+    if (pcm::IsShared(AsObj(*pkt)))
+        return ReplaceByPart(pkt, idx, frames, pcmPacketAppendOuter);
+    const pbInt left = (*pkt)->frames - frames;
+    MoveFrames(*pkt, idx, idx + frames, left - idx);
+    Resize(*pkt, left);
+}
+
+void pcmPacketDelOuter(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    CheckPart(pkt, idx, frames);
+
+    if (frames == 0)
+        return pcmPacketClear(pkt);
+    if (frames == (*pkt)->frames)
+        return;
+    if (pcm::IsShared(AsObj(*pkt)))
+        return ReplaceByPart(pkt, idx, frames, pcmPacketAppendInner);
+    MoveFrames(*pkt, 0, idx, frames);
+    Resize(*pkt, frames);
+}
+
+void pcmPacketDelLeading(PCM_PACKET **pkt, pbInt frames)
+{
+    pcmPacketDelInner(pkt, 0, frames);
+}
+
+void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(PB_INT_SUB_OK( (*pkt)->frames, frames ));
+
+    pcmPacketDelInner(pkt, (*pkt)->frames - frames, frames);
+}
+
+void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(frames >= 0);
+
+    if (frames < (*pkt)->frames)
+        pcmPacketDelOuter(pkt, 0, frames); // clears for 0
+    else
+        pcmPacketAppendZero(pkt, frames - (*pkt)->frames); // nothing for 0
 }
 
 // Bytes in and out: the frames of a buffer are one run of samples for the conversion.
