@@ -8,10 +8,13 @@
 #include <pcm/pcm_base.h>
 #include <pcm/pcm_convert.h>
 #include <pcm/pcm_decibel.h>
+#include <pcm/pcm_dual_tone.h>
 #include <pcm/pcm_encoding.h>
 #include <pcm/pcm_level.h>
+#include <pcm/pcm_modulated_tone.h>
 #include <pcm/pcm_module.h>
 #include <pcm/pcm_packet.h>
 #include <pcm/pcm_samples.h>
+#include <pcm/pcm_tone.h>
 
 #endif

@@ -34,6 +34,11 @@ template <> struct Reference<PCM_PACKET> {
     static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
 };
 
+template <> struct Reference<PCM_TONE> {
+    static void Retain(PCM_TONE *object) { pcmToneRetain(object); }
+    static void Release(PCM_TONE *object) { pcmToneRelease(object); }
+};
+
 /// One reference to an object, or none.
 template <class T> class Handle {
 public:
@@ -239,6 +244,53 @@ public:
 private:
     std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }
 };
+
+/// A sine that goes on where it stopped. Copies of the handle share the one tone.
+class Tone : public Handle<PCM_TONE> {
+public:
+    PCM_HANDLE(Tone, PCM_TONE)
+    explicit Tone(pbInt period) : Tone(pcmToneCreate(period), 0) {}
+    static Tone TryCreateWithFrequency(pbInt frameRate, pbInt hertz)
+    {
+        return Adopt(pcmToneTryCreateWithFrequency(frameRate, hertz));
+    }
+
+    Packet Gather(pbInt samples) { return Packet::Adopt(pcmToneGather(Get(), samples)); }
+    void GatherSamples(std::span<PCM_SAMPLE> dest)
+    {
+        pcmToneGatherSamples(Get(), dest.data(), static_cast<pbInt>(dest.size()));
+    }
+    void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
+    {
+        pcmToneGatherSamplesAdd(Get(), dest.data(), static_cast<pbInt>(dest.size()));
+    }
+};
+
+inline Packet DualToneGather(Tone &toneA, Tone &toneB, pbInt samples)
+{
+    return Packet::Adopt(pcmDualToneGather(toneA.Get(), toneB.Get(), samples));
+}
+inline void DualToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
+{
+    pcmDualToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
+}
+inline void DualToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
+{
+    pcmDualToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
+}
+
+inline Packet ModulatedToneGather(Tone &toneA, Tone &toneB, pbInt samples)
+{
+    return Packet::Adopt(pcmModulatedToneGather(toneA.Get(), toneB.Get(), samples));
+}
+inline void ModulatedToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
+{
+    pcmModulatedToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
+}
+inline void ModulatedToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
+{
+    pcmModulatedToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
+}
 
 } // namespace pcm
 

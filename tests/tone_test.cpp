@@ -1,0 +1,292 @@
+// Tones, alone, two at once and one shaping another.
+#include "support.h"
+
+#include <cmath>
+
+namespace {
+
+/// The samples of a period, as the headers define them.
+struct Wave {
+    pbInt period;
+    pbInt position = 0;
+
+    PCM_SAMPLE Next()
+    {
+        const double step = 6.283185307179586 / static_cast<double>(period);
+        const double sine = std::sin(static_cast<double>(position) * step);
+        position = (position + 1) % period;
+        return static_cast<PCM_SAMPLE>(sine);
+    }
+    Samples Run(pbInt samples)
+    {
+        Samples run;
+        for (pbInt i = 0; i < samples; ++i)
+            run.push_back(Next());
+        return run;
+    }
+};
+
+/// Counts around the lengths of runs and of tables.
+constexpr pbInt kCounts[] = {0, 1, 2, 127, 128, 129, 255, 256, 257, 300, 8191, 8192, 8193};
+
+/// The two combinations, each with what it makes of two samples.
+struct Pair {
+    const char *name;
+    void (*gatherSamples)(PCM_TONE *, PCM_TONE *, PCM_SAMPLE *, pbInt);
+    void (*gatherSamplesAdd)(PCM_TONE *, PCM_TONE *, PCM_SAMPLE *, pbInt);
+    PCM_PACKET *(*gather)(PCM_TONE *, PCM_TONE *, pbInt);
+    PCM_SAMPLE (*combine)(PCM_SAMPLE a, PCM_SAMPLE b);
+
+    Samples Combine(const Samples &a, const Samples &b) const
+    {
+        Samples combined;
+        for (std::size_t i = 0; i < a.size(); ++i)
+            combined.push_back(combine(a[i], b[i]));
+        return combined;
+    }
+};
+
+const Pair kPairs[] = {
+    {"dual", pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, pcmDualToneGather,
+     [](PCM_SAMPLE a, PCM_SAMPLE b) { return (a + b) * 0.5f; }},
+    {"modulated", pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, pcmModulatedToneGather,
+     [](PCM_SAMPLE a, PCM_SAMPLE b) { return a * b; }},
+};
+
+/// Sums of what was there and what comes, sample by sample.
+Samples Sums(Samples dest, const Samples &source)
+{
+    for (std::size_t i = 0; i < dest.size(); ++i)
+        dest[i] += source[i];
+    return dest;
+}
+
+} // namespace
+
+TEST(Tone, SamplesOfACycleAreWhatAnyoneCanLookUp)
+{
+    const float thirtyDegrees = 0.5f, sixtyDegrees = 0.8660254f;
+    const struct {
+        pbInt period;
+        Samples samples;
+    } rows[] = {
+        {1, {0, 0, 0}},
+        {4, {0, 1, 1.2246468e-16f, -1, 0, 1, 1.2246468e-16f, -1}},
+        {12,
+         {0, thirtyDegrees, sixtyDegrees, 1, sixtyDegrees, thirtyDegrees, 1.2246468e-16f, -thirtyDegrees, -sixtyDegrees,
+          -1, -sixtyDegrees, -thirtyDegrees, 0, thirtyDegrees}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.period);
+        Samples samples(row.samples.size());
+        pcm::Tone(row.period).GatherSamples(samples);
+        EXPECT_EQ(samples, row.samples);
+    }
+}
+
+TEST(Tone, GoesOnWhereItStoppedHoweverItIsGathered)
+{
+    for (const pbInt period : {pbInt{1}, pbInt{2}, pbInt{3}, pbInt{18}, pbInt{100}, pbInt{127}, pbInt{128}, pbInt{129},
+                               pbInt{8192}, pbInt{48000}, pbInt{INT64_MAX}}) {
+        SCOPED_TRACE(period);
+        Random random;
+        pcm::Tone tone(period);
+        auto shared = tone; // a second holder moves the same wave
+        Wave wave{period};
+        for (const pbInt count : kCounts) {
+            SCOPED_TRACE(count);
+            Samples dest(static_cast<std::size_t>(count), 0.75f);
+            tone.GatherSamples(dest);
+            ASSERT_EQ(BitsOf(dest), BitsOf(wave.Run(count)));
+
+            const Samples before = random.Run(count);
+            dest = before;
+            shared.GatherSamplesAdd(dest);
+            ASSERT_EQ(BitsOf(dest), BitsOf(Sums(before, wave.Run(count))));
+
+            const auto pkt = tone.Gather(count);
+            ASSERT_EQ(pkt.Channels(), 1);
+            ASSERT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(wave.Run(count)));
+            ExpectSound(pkt.Get());
+        }
+    }
+}
+
+TEST(Tone, AddingRoundsOnceAndClampsNothing)
+{
+    pcm::Tone tone(4);
+    Samples dest = {3, 0x1p24f, -0x1p24f, -5};
+    tone.GatherSamplesAdd(dest);
+    EXPECT_EQ(dest, (Samples{3, 0x1p24f, -0x1p24f, -6})); // 2^24 + 1 is a tie, and goes to the even one
+}
+
+TEST(Tone, AFrequencyBecomesTheNearestPeriod)
+{
+    const struct {
+        pbInt frameRate, hertz, period; // 0: none
+    } rows[] = {
+        {8000, 440, 18},   {8000, 697, 11},   {8000, 8000, 1},           {8000, 15999, 1}, {8000, 16001, 0},
+        {48000, 1477, 32}, {7, 2, 4},         {1, INT64_MAX, 0},         {1, 1, 1},        {INT64_MAX, INT64_MAX, 1},
+        {44100, 1, 44100}, {11025, 1000, 11}, {INT64_MAX, 1, INT64_MAX},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::to_string(row.frameRate) + " / " + std::to_string(row.hertz));
+        auto tone = pcm::Tone::TryCreateWithFrequency(row.frameRate, row.hertz);
+        ASSERT_EQ(static_cast<bool>(tone), row.period != 0);
+        if (!tone)
+            continue;
+        Samples samples(200);
+        tone.GatherSamples(samples);
+        EXPECT_EQ(BitsOf(samples), BitsOf(Wave{row.period}.Run(200)));
+    }
+}
+
+TEST(Tone, BrokenPreconditionsEndTheProcess)
+{
+    pcm::Tone tone(5);
+    PCM_SAMPLE sample = 0;
+    const char *file = "source/pcm/pcm_tone";
+    EXPECT_ABORT_AT(pcmToneCreate(0), file, "period > 0");
+    EXPECT_ABORT_AT(pcmToneCreate(INT64_MIN), file, "period > 0");
+    EXPECT_ABORT_AT(pcmToneTryCreateWithFrequency(0, 0), file, "frameRate > 0");
+    EXPECT_ABORT_AT(pcmToneTryCreateWithFrequency(8000, -1), file, "hertz > 0");
+    for (const auto gather : {pcmToneGatherSamples, pcmToneGatherSamplesAdd}) {
+        EXPECT_ABORT_AT(gather(nullptr, nullptr, -1), file, "tone");
+        EXPECT_ABORT_AT(gather(tone.Get(), nullptr, -1), file, "samples >= 0");
+        EXPECT_ABORT_AT(gather(tone.Get(), &sample, INT64_MIN), file, "samples >= 0");
+        EXPECT_ABORT_AT(gather(tone.Get(), nullptr, 1), file, "samples == 0 || dest");
+        gather(tone.Get(), nullptr, 0);
+    }
+    EXPECT_ABORT_AT(pcmToneGather(nullptr, -1), file, "tone");
+    EXPECT_ABORT_AT(pcmToneGather(tone.Get(), -1), file, "samples >= 0");
+    EXPECT_ABORT_AT(pcmToneGather(tone.Get(), INT64_MAX), "source/pb/pb_mem", "PB_INT_MUL_OK( count, size )");
+}
+
+TEST(Tone, IsASortOfItsOwn)
+{
+    pcm::Tone tone(5), same(5);
+    pcm::Packet pkt(1);
+    EXPECT_STREQ(pcmToneSort()->name, "PCM_TONE");
+    EXPECT_EQ(pcmToneFrom(pcmToneObj(tone.Get())), tone.Get());
+    EXPECT_TRUE(pcmToneEquals(tone.Get(), tone.Get()));
+    EXPECT_FALSE(pcmToneEquals(tone.Get(), same.Get())); // equal is the same object: the next sample may differ
+    EXPECT_ABORT_IN(pcmToneFrom(pcmPacketObj(pkt.Get())), "stdfunc from",
+                    "!obj || pbObjSort(obj)==&pcm___sort_PCM_TONE");
+}
+
+TEST(ToneOfTwo, CombinesEachSampleOfOneWithTheOthers)
+{
+    const struct {
+        const Pair &pair;
+        Samples samples;
+    } rows[] = {
+        {kPairs[0], {0, 1, 1.2246468e-16f, -1, 0}},
+        {kPairs[1], {0, 1, 1.2246468e-16f * 1.2246468e-16f, 1, 0}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.pair.name);
+        pcm::Tone a(4), b(4);
+        Samples samples(5);
+        row.pair.gatherSamples(a.Get(), b.Get(), samples.data(), 5);
+        EXPECT_EQ(samples, row.samples);
+    }
+}
+
+TEST(ToneOfTwo, GoesOnWhereItStoppedHoweverItIsGathered)
+{
+    for (const Pair &pair : kPairs) {
+        for (const auto &[periodA, periodB] :
+             {std::pair{4, 4}, std::pair{18, 23}, std::pair{1, 7}, std::pair{69, 40}, std::pair{300, 129}}) {
+            SCOPED_TRACE(std::string(pair.name).append(" ") + std::to_string(periodA) + ", " + std::to_string(periodB));
+            Random random;
+            pcm::Tone a(periodA), b(periodB);
+            Wave waveA{periodA}, waveB{periodB};
+            const auto next = [&](pbInt count) { return pair.Combine(waveA.Run(count), waveB.Run(count)); };
+            for (const pbInt count : kCounts) {
+                SCOPED_TRACE(count);
+                Samples dest(static_cast<std::size_t>(count), 0.75f);
+                pair.gatherSamples(a.Get(), b.Get(), dest.data(), count);
+                ASSERT_EQ(BitsOf(dest), BitsOf(next(count)));
+
+                const Samples before = random.Run(count);
+                dest = before;
+                pair.gatherSamplesAdd(a.Get(), b.Get(), dest.data(), count);
+                ASSERT_EQ(BitsOf(dest), BitsOf(Sums(before, next(count))));
+
+                const auto pkt = pcm::Packet::Adopt(pair.gather(a.Get(), b.Get(), count));
+                ASSERT_EQ(pkt.Channels(), 1);
+                ASSERT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(next(count)));
+                ExpectSound(pkt.Get());
+            }
+        }
+    }
+}
+
+TEST(ToneOfTwo, OneToneAsBothGivesOneRunAfterTheOther)
+{
+    for (const Pair &pair : kPairs) {
+        SCOPED_TRACE(pair.name);
+        pcm::Tone tone(37);
+        Wave wave{37};
+        const auto next = [&](pbInt count) {
+            const Samples a = wave.Run(count);
+            return pair.Combine(a, wave.Run(count));
+        };
+
+        Samples dest(300);
+        pair.gatherSamples(tone.Get(), tone.Get(), dest.data(), 300);
+        EXPECT_EQ(BitsOf(dest), BitsOf(next(300)));
+
+        dest.assign(300, 2.0f);
+        pair.gatherSamplesAdd(tone.Get(), tone.Get(), dest.data(), 300);
+        Samples expected;
+        for (const pbInt run : {128, 128, 44})
+            for (const PCM_SAMPLE sample : next(run))
+                expected.push_back(2.0f + sample);
+        EXPECT_EQ(BitsOf(dest), BitsOf(expected));
+
+        const auto pkt = pcm::Packet::Adopt(pair.gather(tone.Get(), tone.Get(), 129));
+        EXPECT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(next(129)));
+        EXPECT_EQ(BitsOf(SamplesOf(tone.Gather(40).Get())), BitsOf(wave.Run(40)));
+    }
+}
+
+TEST(ToneOfTwo, BrokenPreconditionsEndTheProcess)
+{
+    pcm::Tone handleA(5), handleB(6);
+    PCM_TONE *a = handleA.Get(), *b = handleB.Get();
+    for (const Pair &pair : kPairs) {
+        SCOPED_TRACE(pair.name);
+        const std::string file = std::string("source/pcm/pcm_").append(pair.name) + "_tone";
+        for (const auto gather : {pair.gatherSamples, pair.gatherSamplesAdd}) {
+            EXPECT_ABORT_AT(gather(nullptr, nullptr, nullptr, -1), file, "toneA");
+            EXPECT_ABORT_AT(gather(a, nullptr, nullptr, -1), file, "toneB");
+            EXPECT_ABORT_AT(gather(a, b, nullptr, -1), file, "samples >= 0");
+            EXPECT_ABORT_AT(gather(a, b, nullptr, 1), file, "samples == 0 || dest");
+            gather(a, b, nullptr, 0);
+        }
+        EXPECT_ABORT_AT(pair.gather(nullptr, nullptr, -1), file, "toneA");
+        EXPECT_ABORT_AT(pair.gather(a, nullptr, -1), file, "toneB");
+        EXPECT_ABORT_AT(pair.gather(a, b, -1), file, "samples >= 0");
+        EXPECT_ABORT_AT(pair.gather(a, b, INT64_MAX), "source/pb/pb_mem", "PB_INT_MUL_OK( count, size )");
+    }
+}
+
+TEST(ToneOfTwo, ReadsTheSameFromTheCppFace)
+{
+    pcm::Tone a(18), b(23);
+    Wave waveA{18}, waveB{23};
+    Samples dest(10);
+    pcm::DualToneGatherSamples(a, b, dest);
+    EXPECT_EQ(dest, kPairs[0].Combine(waveA.Run(10), waveB.Run(10)));
+    Samples before = dest;
+    pcm::ModulatedToneGatherSamplesAdd(a, b, dest);
+    EXPECT_EQ(dest, Sums(before, kPairs[1].Combine(waveA.Run(10), waveB.Run(10))));
+    pcm::ModulatedToneGatherSamples(a, b, dest);
+    EXPECT_EQ(dest, kPairs[1].Combine(waveA.Run(10), waveB.Run(10)));
+    before = dest;
+    pcm::DualToneGatherSamplesAdd(a, b, dest);
+    EXPECT_EQ(dest, Sums(before, kPairs[0].Combine(waveA.Run(10), waveB.Run(10))));
+    EXPECT_EQ(SamplesOf(pcm::DualToneGather(a, b, 5).Get()), kPairs[0].Combine(waveA.Run(5), waveB.Run(5)));
+    EXPECT_EQ(SamplesOf(pcm::ModulatedToneGather(a, b, 5).Get()), kPairs[1].Combine(waveA.Run(5), waveB.Run(5)));
+}
