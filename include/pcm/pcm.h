@@ -13,8 +13,10 @@
 #include <pcm/pcm_level.h>
 #include <pcm/pcm_modulated_tone.h>
 #include <pcm/pcm_module.h>
+#include <pcm/pcm_noise.h>
 #include <pcm/pcm_packet.h>
 #include <pcm/pcm_samples.h>
+#include <pcm/pcm_silence.h>
 #include <pcm/pcm_tone.h>
 
 #endif

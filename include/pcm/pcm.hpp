@@ -292,6 +292,28 @@ inline void ModulatedToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PC
     pcmModulatedToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
 }
 
+inline Packet NoiseGather(pbInt samples)
+{
+    return Packet::Adopt(pcmNoiseGather(samples));
+}
+inline void NoiseGatherSamples(std::span<PCM_SAMPLE> dest)
+{
+    pcmNoiseGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));
+}
+inline void NoiseGatherSamplesAdd(std::span<PCM_SAMPLE> dest)
+{
+    pcmNoiseGatherSamplesAdd(dest.data(), static_cast<pbInt>(dest.size()));
+}
+
+inline Packet SilenceGather(pbInt frames)
+{
+    return Packet::Adopt(pcmSilenceGather(frames));
+}
+inline void SilenceGatherSamples(std::span<PCM_SAMPLE> dest)
+{
+    pcmSilenceGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));
+}
+
 } // namespace pcm
 
 #endif

@@ -14,10 +14,12 @@ PB_MODULE *pcmModule()
 pbBool pcm___ModuleStartup()
 {
     pcm___EncodingStartup();
+    pcm___NoiseStartup();
     return 1;
 }
 
 void pcm___ModuleShutdown()
 {
+    pcm___NoiseShutdown();
     pcm___EncodingShutdown();
 }
