@@ -10,6 +10,8 @@
 #include <pcm/pcm_decibel.h>
 #include <pcm/pcm_dual_tone.h>
 #include <pcm/pcm_encoding.h>
+#include <pcm/pcm_filter_coefficients.h>
+#include <pcm/pcm_filter_type.h>
 #include <pcm/pcm_level.h>
 #include <pcm/pcm_modulated_tone.h>
 #include <pcm/pcm_module.h>

@@ -34,6 +34,11 @@ template <> struct Reference<PCM_PACKET> {
     static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
 };
 
+template <> struct Reference<PCM_FILTER_COEFFICIENTS> {
+    static void Retain(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRetain(object); }
+    static void Release(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRelease(object); }
+};
+
 template <> struct Reference<PCM_TONE> {
     static void Retain(PCM_TONE *object) { pcmToneRetain(object); }
     static void Release(PCM_TONE *object) { pcmToneRelease(object); }
@@ -243,6 +248,34 @@ public:
 
 private:
     std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }
+};
+
+/// The type that a name stands for; -1 when there is none.
+inline PCM_FILTER_TYPE FilterTypeFromString(std::string_view name)
+{
+    return pcmFilterTypeFromString(String(name).Get());
+}
+inline std::string FilterTypeToString(PCM_FILTER_TYPE type)
+{
+    return std::string(String::Adopt(pcmFilterTypeToString(type)).View());
+}
+
+/// The taps of a filter.
+class FilterCoefficients : public Handle<PCM_FILTER_COEFFICIENTS> {
+public:
+    PCM_HANDLE(FilterCoefficients, PCM_FILTER_COEFFICIENTS)
+    explicit FilterCoefficients(PCM_FILTER_TYPE type) : FilterCoefficients(pcmFilterCoefficientsCreate(type), 0) {}
+    explicit FilterCoefficients(std::span<const PCM_SAMPLE> taps) ///< a copy of the taps
+        : FilterCoefficients(pcmFilterCoefficientsCreateFromSamplesCopy(taps.data(), static_cast<pbInt>(taps.size())),
+                             0)
+    {
+    }
+
+    pbInt Length() const { return pcmFilterCoefficientsLength(Get()); }
+    std::span<const PCM_SAMPLE> Taps() const
+    {
+        return {pcmFilterCoefficientsBacking(Get()), static_cast<std::size_t>(Length())};
+    }
 };
 
 /// A sine that goes on where it stopped. Copies of the handle share the one tone.

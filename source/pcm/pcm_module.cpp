@@ -14,6 +14,8 @@ PB_MODULE *pcmModule()
 pbBool pcm___ModuleStartup()
 {
     pcm___EncodingStartup();
+    pcm___FilterCoefficientsStartup();
+    pcm___FilterTypeStartup();
     pcm___NoiseStartup();
     return 1;
 }
@@ -21,5 +23,7 @@ pbBool pcm___ModuleStartup()
 void pcm___ModuleShutdown()
 {
     pcm___NoiseShutdown();
+    pcm___FilterTypeShutdown();
+    pcm___FilterCoefficientsShutdown();
     pcm___EncodingShutdown();
 }
