@@ -1,0 +1,215 @@
+// Transcode: makes an audio file of another one, in another encoding, at another level.
+//
+// The road of a file: libsndfile hands out the bytes of its samples, the library decodes them into packets of 20 ms,
+// the stages of stream.h change these one after another, the library encodes them again, and libsndfile lays the bytes
+// into the new file.
+#include "audio_file.h"
+#include "meter.h"
+#include "stream.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr char kHelp[] =
+    "Usage: transcode [OPTION]... INPUT OUTPUT\n"
+    "Makes an audio file of another one.\n"
+    "\n"
+    "INPUT is any file that libsndfile reads. The name of OUTPUT says what becomes of it: .wav, .au, or .raw, which "
+    "is\n"
+    "the samples and nothing else. OUTPUT is there when it is complete, and not before.\n"
+    "\n"
+    "  --encoding NAME   how OUTPUT holds its samples; without it as INPUT does, as far as OUTPUT can\n"
+    "  --level DB        make it louder by so many decibels, or softer: -200 to 200\n"
+    "  --help            print this and do nothing\n"
+    "\n"
+    "Encodings:";
+
+struct Options {
+    std::string input, output;
+    const SampleFormat *format = nullptr;
+    pbReal level = 0.0; // dB
+};
+
+pbReal NumberOf(const std::string &option, const std::string &text, pbReal low, pbReal high)
+{
+    char *end = nullptr;
+    const pbReal number = std::strtod(text.c_str(), &end);
+    if (end == text.c_str() || *end || !(number >= low && number <= high)) {
+        char range[80];
+        std::snprintf(range, sizeof range, "a number from %g to %g", low, high);
+        throw Failure(option + " takes " + range + ", not '" + text + "'");
+    }
+    return number;
+}
+
+/// @return nothing when only help was asked for
+std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
+{
+    Options options;
+    std::vector<std::string> files;
+    bool onlyFiles = false;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const auto &argument = arguments[i];
+        if (onlyFiles || argument.size() < 2 || argument[0] != '-') {
+            files.push_back(argument);
+            continue;
+        }
+        const auto value = [&] {
+            if (++i == arguments.size())
+                throw Failure(argument + " lacks its value; see transcode --help");
+            return arguments[i];
+        };
+        if (argument == "--help")
+            return std::nullopt;
+        if (argument == "--")
+            onlyFiles = true;
+        else if (argument == "--encoding")
+            options.format = &SampleFormatNamed(value());
+        else if (argument == "--level")
+            options.level = NumberOf(argument, value(), -200.0, 200.0);
+        else
+            throw Failure("unknown option '" + argument + "'; see transcode --help");
+    }
+    if (files.size() != 2)
+        throw Failure("needs an input and an output, not " + std::to_string(files.size()) +
+                      " files; see transcode --help");
+    options.input = files[0];
+    options.output = files[1];
+    return options;
+}
+
+void PrintHelp()
+{
+    std::fputs(kHelp, stdout);
+    for (const auto &format : SampleFormats())
+        std::printf(" %.*s", static_cast<int>(format.name.size()), format.name.data());
+    std::puts("");
+}
+
+void PrintFile(const char *direction, const std::string &path, const std::string &kind, pbInt rate, pbInt channels,
+               const Meter &meter)
+{
+    std::printf("%-3s  %s: %s, %lld Hz, %lld %s, %.3f s (%lld frames), %s\n", direction, path.c_str(), kind.c_str(),
+                static_cast<long long>(rate), static_cast<long long>(channels), channels == 1 ? "channel" : "channels",
+                static_cast<double>(meter.Frames()) / static_cast<double>(rate), static_cast<long long>(meter.Frames()),
+                meter.Text().c_str());
+}
+
+/// One line on a terminal that says how far the work is; nothing anywhere else.
+class Progress {
+public:
+    explicit Progress(pbInt total) : total_(total), on_(isatty(STDERR_FILENO)) {}
+    ~Progress()
+    {
+        if (percent_ >= 0)
+            std::fputs("\r\033[K", stderr);
+    }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    void Show(pbInt done)
+    {
+        const int percent = static_cast<int>(100.0 * static_cast<double>(done) / static_cast<double>(total_));
+        if (on_ && percent != percent_)
+            std::fprintf(stderr, "\r%3d %%", percent_ = percent);
+    }
+
+private:
+    pbInt total_;
+    bool on_;
+    int percent_ = -1;
+};
+
+/// The processor's seconds that this process has taken.
+double ProcessorSeconds()
+{
+    timespec now;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/// A stream that shows a meter what passes.
+class Metered : public Stream {
+public:
+    Metered(StreamPtr input, Meter &meter)
+        : Stream(input->Channels(), input->Rate()), input_(std::move(input)), meter_(meter)
+    {
+    }
+
+    pcm::Packet Next() override
+    {
+        auto pkt = input_->Next();
+        if (pkt)
+            meter_.Add(pkt);
+        return pkt;
+    }
+
+private:
+    StreamPtr input_;
+    Meter &meter_;
+};
+
+void Transcode(const Options &options)
+{
+    const int container = ContainerOf(options.output);
+    AudioReader reader(options.input);
+    const SampleFormat &format = options.format ? *options.format : UsualFormat(container, reader.Encoding());
+
+    const double start = ProcessorSeconds();
+    Meter in, before, out;
+    StreamPtr stream = std::make_unique<Metered>(FromFile(reader), in);
+    if (options.level != 0.0)
+        stream = WithLevel(std::move(stream), options.level);
+
+    AudioWriter writer(options.output, format, stream->Rate(), stream->Channels());
+    {
+        Progress progress(reader.Frames());
+        while (const auto pkt = stream->Next()) {
+            const auto bytes = pkt.Encode(format.encoding);
+            before.Add(pkt);
+            out.Add(pcm::Packet::TryDecode(bytes, format.encoding, pkt.Channels())); // as others will read it
+            writer.Write(bytes);
+            progress.Show(in.Frames());
+        }
+    }
+    writer.Finish();
+    const double seconds = ProcessorSeconds() - start;
+
+    PrintFile("in", options.input, reader.Description(), reader.Rate(), reader.Channels(), in);
+    PrintFile("out", options.output,
+              options.output.substr(options.output.rfind('.') + 1) + ' ' + std::string(format.name), stream->Rate(),
+              stream->Channels(), out);
+    if (before.Peak() > 1.0 && std::isfinite(before.Peak()) && out.Peak() <= 1.0)
+        std::printf("     clipped: before encoding the peak was %.1f dB\n", pcm::DecibelFromGain(before.Peak()));
+    std::printf("     %.0f times as fast as it plays, on one processor core\n",
+                static_cast<double>(in.Frames()) / static_cast<double>(reader.Rate()) / seconds);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        const auto options = ParseArguments({argv + 1, argv + argc});
+        if (!options) {
+            PrintHelp();
+            return 0;
+        }
+        const pcm::Module module;
+        Transcode(*options);
+        return 0;
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "transcode: %s\n", failure.what());
+        return 1;
+    }
+}

@@ -1,0 +1,365 @@
+// The program transcode as its user meets it: files go in and come out, and what cannot be done leaves nothing behind.
+#include "support.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int status;
+    std::string out, err;
+};
+
+class Transcode : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string name = testing::TempDir() + "transcode.XXXXXX";
+        ASSERT_TRUE(mkdtemp(name.data()));
+        directory_ = name;
+    }
+    void TearDown() override { fs::remove_all(directory_); }
+
+    std::string Path(const std::string &name) const { return directory_ / name; }
+
+    /// Runs the program in the test's directory.
+    Outcome Run(const std::string &arguments) const
+    {
+        const fs::path log = directory_.string() + ".log", errors = directory_.string() + ".err";
+        const int status = std::system(("cd " + directory_.string() + " && " PCM_TRANSCODE " " + arguments + " >" +
+                                        log.string() + " 2>" + errors.string())
+                                           .c_str());
+        const Outcome outcome = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(log), Content(errors)};
+        fs::remove(log);
+        fs::remove(errors);
+        return outcome;
+    }
+
+    void Write(const std::string &name, int format, int rate, int channels, const Samples &samples) const
+    {
+        SF_INFO info = {};
+        info.samplerate = rate;
+        info.channels = channels;
+        info.format = format;
+        SNDFILE *file = sf_open(Path(name).c_str(), SFM_WRITE, &info);
+        ASSERT_TRUE(file) << name << ": " << sf_strerror(nullptr);
+        const auto count = static_cast<sf_count_t>(samples.size());
+        const int subtype = format & SF_FORMAT_SUBMASK;
+        if (subtype == SF_FORMAT_FLOAT || subtype == SF_FORMAT_DOUBLE) {
+            EXPECT_EQ(sf_write_float(file, samples.data(), count), count);
+        } else { // as integers, which libsndfile shifts and does not scale
+            std::vector<int> integers;
+            for (const float sample : samples)
+                integers.push_back(static_cast<int>(std::min(sample * 0x1p31, 0x1p31 - 1)));
+            EXPECT_EQ(sf_write_int(file, integers.data(), count), count);
+        }
+        sf_close(file);
+    }
+
+    /// What libsndfile reads; info says how to read a file without a header, and comes back with what was found.
+    Samples Read(const std::string &name, SF_INFO *info) const
+    {
+        SNDFILE *file = sf_open(Path(name).c_str(), SFM_READ, info);
+        if (!file) {
+            ADD_FAILURE() << name << ": " << sf_strerror(nullptr);
+            return {};
+        }
+        Samples samples(static_cast<std::size_t>(info->frames * info->channels));
+        sf_read_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
+        sf_close(file);
+        return samples;
+    }
+
+    static std::string Content(const fs::path &path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /// The directory's files with what they hold.
+    std::set<std::pair<std::string, std::string>> Files() const
+    {
+        std::set<std::pair<std::string, std::string>> files;
+        for (const auto &entry : fs::directory_iterator(directory_))
+            files.emplace(entry.path().filename(), entry.is_directory() ? "" : Content(entry.path()));
+        return files;
+    }
+
+private:
+    fs::path directory_;
+};
+
+constexpr int kLittle = SF_ENDIAN_LITTLE, kBig = SF_ENDIAN_BIG;
+constexpr int kFloatWav = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+
+/// Multiples of 1/32768 in [-1, 1), so that 16 bits hold them exactly.
+Samples SixteenBitNoise(Random &random, pbInt count)
+{
+    Samples samples;
+    for (pbInt i = 0; i < count; ++i)
+        samples.push_back(static_cast<float>(random.From(-32768, 32767)) / 32768.0f);
+    return samples;
+}
+
+} // namespace
+
+TEST_F(Transcode, EveryEncodingReadsBack)
+{
+    const struct {
+        const char *name;
+        int subtype;
+        int bits; // 0: float; -1: G.711
+        bool inWav, inAu;
+    } rows[] = {
+        {"s8", SF_FORMAT_PCM_S8, 8, false, true},
+        {"u8", SF_FORMAT_PCM_U8, 8, true, false},
+        {"s16le", SF_FORMAT_PCM_16 | kLittle, 16, true, true},
+        {"s16be", SF_FORMAT_PCM_16 | kBig, 16, true, true},
+        {"s24le", SF_FORMAT_PCM_24 | kLittle, 24, true, true},
+        {"s24be", SF_FORMAT_PCM_24 | kBig, 24, true, true},
+        {"s32le", SF_FORMAT_PCM_32 | kLittle, 32, true, true},
+        {"s32be", SF_FORMAT_PCM_32 | kBig, 32, true, true},
+        {"f32le", SF_FORMAT_FLOAT | kLittle, 0, true, true},
+        {"f32be", SF_FORMAT_FLOAT | kBig, 0, true, true},
+        {"alaw", SF_FORMAT_ALAW, -1, true, true},
+        {"mulaw", SF_FORMAT_ULAW, -1, true, true},
+    };
+    Random random;
+    const Samples samples = random.Run(2 * 12345);
+    Write("in.wav", kFloatWav, 44100, 2, samples);
+    for (const auto &row : rows) {
+        for (const std::string ending : {"wav", "au", "raw"}) {
+            SCOPED_TRACE(row.name + (" in " + ending));
+            const bool possible = ending == "wav" ? row.inWav : ending == "au" ? row.inAu : true;
+            const auto outcome = Run("--encoding " + std::string(row.name) + " in.wav out." + ending);
+            ASSERT_EQ(outcome.status, possible ? 0 : 1) << outcome.err;
+            if (!possible)
+                continue;
+            SF_INFO info = {};
+            if (ending == "raw") {
+                info.samplerate = 44100;
+                info.channels = 2;
+                info.format = SF_FORMAT_RAW | row.subtype;
+            }
+            const Samples out = Read("out." + ending, &info);
+            EXPECT_EQ(info.format & SF_FORMAT_SUBMASK, row.subtype & SF_FORMAT_SUBMASK);
+            EXPECT_EQ(info.samplerate, 44100);
+            EXPECT_EQ(info.channels, 2);
+            ASSERT_EQ(out.size(), samples.size());
+            for (std::size_t i = 0; i < out.size(); ++i) {
+                const float error = row.bits > 0 ? std::ldexp(1.0f, 1 - std::min(row.bits, 24))
+                                    : row.bits   ? std::abs(samples[i]) / 16.0f + 0x1p-9f
+                                                 : 0.0f;
+                ASSERT_NEAR(out[i], samples[i], error) << "sample " << i;
+            }
+        }
+    }
+}
+
+TEST_F(Transcode, UnsignedEncodingsAreRawOffsetBinary)
+{
+    const struct {
+        const char *name;
+        std::string bytes; // of 0.5, -0.5
+    } rows[] = {
+        {"u8", "\xC0\x40"},
+        {"u16le", {"\0\xC0\0\x40", 4}},
+        {"u16be", {"\xC0\0\x40\0", 4}},
+        {"u24le", {"\0\0\xC0\0\0\x40", 6}},
+        {"u24be", {"\xC0\0\0\x40\0\0", 6}},
+        {"u32le", {"\0\0\0\xC0\0\0\0\x40", 8}},
+        {"u32be", {"\xC0\0\0\0\x40\0\0\0", 8}},
+    };
+    Write("in.wav", kFloatWav, 8000, 1, {0.5f, -0.5f});
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(Run("--encoding " + std::string(row.name) + " in.wav out.raw").status, 0);
+        EXPECT_EQ(Content(Path("out.raw")), row.bytes);
+    }
+}
+
+// Whether the bytes are the file's own or libsndfile has to decode them, 16 bits come through unchanged.
+TEST_F(Transcode, EveryContainerIsReadExactly)
+{
+    const struct {
+        const char *name;
+        int format;
+    } rows[] = {
+        {"wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
+        {"rifx wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24 | kBig},
+        {"float wav", kFloatWav},
+        {"wavex", SF_FORMAT_WAVEX | SF_FORMAT_PCM_32},
+        {"rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16},
+        {"w64", SF_FORMAT_W64 | SF_FORMAT_PCM_24},
+        {"aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
+        {"little aifc", SF_FORMAT_AIFF | SF_FORMAT_PCM_16 | kLittle},
+        {"au", SF_FORMAT_AU | SF_FORMAT_PCM_32},
+        {"little au", SF_FORMAT_AU | SF_FORMAT_PCM_24 | kLittle},
+        {"caf", SF_FORMAT_CAF | SF_FORMAT_PCM_24},
+        {"little caf", SF_FORMAT_CAF | SF_FORMAT_FLOAT | kLittle},
+        {"double wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE},
+        {"flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+        {"alac", SF_FORMAT_CAF | SF_FORMAT_ALAC_16},
+        {"paf", SF_FORMAT_PAF | SF_FORMAT_PCM_24},
+        {"voc", SF_FORMAT_VOC | SF_FORMAT_PCM_16},
+    };
+    Random random;
+    const Samples samples = SixteenBitNoise(random, 2 * 5000);
+    const auto expected = pcm::Packet(samples, 2).Encode(PCM_ENCODING_INT_16);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        Write("in", row.format, 48000, 2, samples);
+        const auto outcome = Run("--encoding s16le in out.raw");
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+        const auto bytes = expected.Bytes();
+        EXPECT_TRUE(Content(Path("out.raw")) ==
+                    std::string(reinterpret_cast<const char *>(bytes.data()), bytes.size()));
+    }
+}
+
+TEST_F(Transcode, KeepsTheSampleTypeAsFarAsTheContainerCan)
+{
+    const struct {
+        int in;
+        const char *out;
+        int expected;
+    } rows[] = {
+        {SF_FORMAT_AIFF | SF_FORMAT_PCM_24, "out.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_16, "out.au", SF_FORMAT_AU | SF_FORMAT_PCM_16},
+        {SF_FORMAT_WAV | SF_FORMAT_PCM_U8, "out.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8},
+        {SF_FORMAT_AU | SF_FORMAT_PCM_S8, "out.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8},
+        {SF_FORMAT_AU | SF_FORMAT_ULAW, "out.wav", SF_FORMAT_WAV | SF_FORMAT_ULAW},
+        {SF_FORMAT_FLAC | SF_FORMAT_PCM_24, "out.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+        {SF_FORMAT_OGG | SF_FORMAT_VORBIS, "out.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
+        {SF_FORMAT_WAV | SF_FORMAT_DOUBLE, "out.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::Message() << std::hex << row.in);
+        Write("in", row.in, 8000, 1, Samples(8000, 0.25f));
+        ASSERT_EQ(Run("in " + std::string(row.out)).status, 0);
+        SF_INFO info = {};
+        Read(row.out, &info);
+        EXPECT_EQ(info.format & ~SF_FORMAT_ENDMASK, row.expected);
+        EXPECT_EQ(info.format & SF_FORMAT_ENDMASK, 0); // the container's own order
+    }
+}
+
+TEST_F(Transcode, ChangesTheLevelAndSaysHowLoudItWasAndIs)
+{
+    Samples square;
+    for (int i = 0; i < 8000; ++i)
+        square.push_back(i % 2 ? -0.5f : 0.5f);
+    Write("in.wav", kFloatWav, 8000, 1, square);
+
+    auto outcome = Run("--level -20 in.wav out.wav");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("in   in.wav: wav f32le, 8000 Hz, 1 channel, 1.000 s (8000 frames), "
+                               "peak -6.0 dB, RMS -6.0 dB\n"),
+              std::string::npos)
+        << outcome.out;
+    EXPECT_NE(outcome.out.find("peak -26.0 dB, RMS -26.0 dB\n"), std::string::npos) << outcome.out;
+    SF_INFO info = {};
+    for (const float sample : Read("out.wav", &info))
+        ASSERT_FLOAT_EQ(std::abs(sample), 0.05f);
+
+    outcome = Run("--level 12 --encoding s16le in.wav out.wav");
+    EXPECT_NE(outcome.out.find("peak 0.0 dB, RMS -0.0 dB\n     clipped: before encoding the peak was 6.0 dB\n"),
+              std::string::npos)
+        << outcome.out;
+
+    Write("in.wav", kFloatWav, 8000, 1, {NAN, 0.5f});
+    EXPECT_EQ(Run("in.wav out.wav").status, 0);
+    EXPECT_EQ(Run("--encoding s16le in.wav out.wav").status, 0);
+    Write("in.wav", kFloatWav, 8000, 1, {INFINITY, 0.0f});
+    EXPECT_EQ(Run("--level 1 --encoding s16le in.wav out.wav").status, 0);
+}
+
+TEST_F(Transcode, MayWriteOverItsInput)
+{
+    Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, Samples(20000, 0.25f));
+    EXPECT_EQ(Run("--encoding mulaw a.wav a.wav").status, 0);
+    SF_INFO info = {};
+    EXPECT_EQ(Read("a.wav", &info).size(), 20000u);
+    EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_ULAW);
+}
+
+TEST_F(Transcode, RefusesInOneLineAndLeavesNothingBehind)
+{
+    Random random;
+    const Samples samples = random.Run(50000);
+    Write("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, samples);
+    const auto cut = [&](const char *name, int format, uintmax_t bytes) {
+        Write(name, format, 8000, 1, samples);
+        fs::resize_file(Path(name), bytes);
+    };
+    cut("cut.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 50000);
+    cut("cut.au", SF_FORMAT_AU | SF_FORMAT_PCM_16, 50000);
+    cut("cut.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, 50000);
+    cut("cut.w64", SF_FORMAT_W64 | SF_FORMAT_PCM_16, 50000);
+    cut("cut.caf", SF_FORMAT_CAF | SF_FORMAT_PCM_16, 50000);
+    cut("cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 30000);
+    cut("cut.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 8000);
+    cut("header.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44);
+    cut("piece.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 20);
+    cut("none.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0);
+    Write("silence.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, {});
+    std::ofstream(Path("text.wav")) << "This is not audio, whatever its name says.\n";
+    std::ofstream(Path("out.wav")) << "what was there before";
+    fs::create_directory(Path("directory.wav"));
+
+    const struct {
+        std::string arguments, message;
+    } rows[] = {
+        {"", "needs an input and an output, not 0 files; see transcode --help"},
+        {"in.wav", "needs an input and an output, not 1 files; see transcode --help"},
+        {"in.wav out.wav out.wav", "needs an input and an output, not 3 files; see transcode --help"},
+        {"--louder in.wav out.wav", "unknown option '--louder'; see transcode --help"},
+        {"in.wav out.wav --level", "--level lacks its value; see transcode --help"},
+        {"--level loud in.wav out.wav", "--level takes a number from -200 to 200, not 'loud'"},
+        {"--level 3dB in.wav out.wav", "--level takes a number from -200 to 200, not '3dB'"},
+        {"--level nan in.wav out.wav", "--level takes a number from -200 to 200, not 'nan'"},
+        {"--level 201 in.wav out.wav", "--level takes a number from -200 to 200, not '201'"},
+        {"--encoding s17 in.wav out.wav", "unknown encoding 's17'"},
+        {"--encoding u16le in.wav out.wav", "cannot write 'out.wav': this kind of file cannot hold u16le"},
+        {"in.wav out.mp3", "cannot tell what to write to 'out.mp3'"},
+        {"in.wav directory.wav", "cannot write 'directory.wav': Is a directory"},
+        {"in.wav nowhere/out.wav", "cannot write 'nowhere/out.wav': No such file or directory"},
+        {"nothing.wav out.wav", "cannot read 'nothing.wav': No such file or directory"},
+        {"directory.wav out.wav", "cannot read 'directory.wav': Is a directory"},
+        {"none.wav out.wav", "cannot read 'none.wav': the file is empty"},
+        {"silence.wav out.wav", "cannot read 'silence.wav': the file holds no audio"},
+        {"text.wav out.wav", "cannot read 'text.wav': "},
+        {"piece.wav out.wav", "cannot read 'piece.wav': "},
+        {"header.wav out.wav", "cannot read 'header.wav': the file is cut off"},
+        {"cut.wav out.wav", "cannot read 'cut.wav': the file is cut off"},
+        {"cut.au out.wav", "cannot read 'cut.au': the file is cut off"},
+        {"cut.aiff out.wav", "cannot read 'cut.aiff': the file is cut off"},
+        {"cut.w64 out.wav", "cannot read 'cut.w64': the file is cut off"},
+        {"cut.caf out.wav", "cannot read 'cut.caf': "},
+        {"cut.flac out.wav", "cannot read 'cut.flac': the file is cut off after "},
+        {"cut.ogg out.wav", "cannot read 'cut.ogg': the file is cut off"},
+    };
+    const auto before = Files();
+    for (const auto &row : rows) {
+        SCOPED_TRACE("transcode " + row.arguments);
+        const auto outcome = Run(row.arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_TRUE(outcome.err.starts_with("transcode: " + row.message)) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_TRUE(Files() == before);
+    }
+}
