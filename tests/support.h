@@ -116,6 +116,10 @@ public:
         return std::uniform_int_distribution<pbInt>(low, high)(engine_);
     } ///< inclusive
     bool OneIn(pbInt n) { return From(1, n) == 1; }
+    template <class T> T &Of(std::vector<T> &items)
+    {
+        return items[static_cast<std::size_t>(From(0, static_cast<pbInt>(items.size()) - 1))];
+    }
     PCM_SAMPLE Sample() { return std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_); }
     Samples Run(pbInt count)
     {

@@ -17,6 +17,7 @@
 #include <pcm/pcm_module.h>
 #include <pcm/pcm_noise.h>
 #include <pcm/pcm_packet.h>
+#include <pcm/pcm_packet_queue.h>
 #include <pcm/pcm_samples.h>
 #include <pcm/pcm_silence.h>
 #include <pcm/pcm_tone.h>

@@ -34,6 +34,11 @@ template <> struct Reference<PCM_PACKET> {
     static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
 };
 
+template <> struct Reference<PCM_PACKET_QUEUE> {
+    static void Retain(PCM_PACKET_QUEUE *object) { pcmPacketQueueRetain(object); }
+    static void Release(PCM_PACKET_QUEUE *object) { pcmPacketQueueRelease(object); }
+};
+
 template <> struct Reference<PCM_FILTER_COEFFICIENTS> {
     static void Retain(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRetain(object); }
     static void Release(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRelease(object); }
@@ -248,6 +253,33 @@ public:
 
 private:
     std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }
+};
+
+/// Packets of one channel count, first in, first out. Handing a handle on shares the queue; writing or reading through
+/// one of them then leaves the other's queue as it is.
+class PacketQueue : public Handle<PCM_PACKET_QUEUE> {
+public:
+    PCM_HANDLE(PacketQueue, PCM_PACKET_QUEUE)
+    explicit PacketQueue(pbInt channels) : PacketQueue(pcmPacketQueueCreate(channels), 0) {}
+
+    pbInt Channels() const { return pcmPacketQueueChannels(Get()); }
+    pbInt Packets() const { return pcmPacketQueuePackets(Get()); }
+    pbInt Frames() const { return pcmPacketQueueFrames(Get()); }
+
+    void Clear() { pcmPacketQueueClear(Address()); }
+    void Write(const Packet &pkt) { pcmPacketQueueWrite(Address(), pkt.Get()); }
+    Packet Read() { return Packet::Adopt(pcmPacketQueueRead(Address())); }
+    Packet Gather(pbInt frames) { return Packet::Adopt(pcmPacketQueueGather(Address(), frames)); }
+
+    /// Fills the span with whole frames; what is beyond the last of them stays as it is.
+    void GatherSamples(std::span<PCM_SAMPLE> dest)
+    {
+        pcmPacketQueueGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+    }
+    void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
+    {
+        pcmPacketQueueGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+    }
 };
 
 /// The type that a name stands for; -1 when there is none.
