@@ -1,6 +1,7 @@
 // Conversion: how a sample becomes a number, and how the number lies in memory. The two are described apart, once for
 // both directions, and joined by the loops.
 #include "../pb/pb_assert.h"
+#include "pcm_encoding_groups.h"
 #include "pcm_g711.h"
 #include "pcm_levels.h"
 
@@ -12,6 +13,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 #ifdef __x86_64__
@@ -33,7 +35,7 @@ struct Layout {
 
     explicit Layout(PCM_ENCODING encoding) ///< normalised
     {
-        const PCM_ENCODING type = encoding & 0x7F;
+        const PCM_ENCODING type = encoding & kTypes;
         const bool isUnsigned = encoding & PCM_ENCODING_UNSIGNED;
         switch (type) {
         case PCM_ENCODING_G711_ALAW: kind = Kind::Alaw; break;
@@ -44,8 +46,8 @@ struct Layout {
         case PCM_ENCODING_INT_32: kind = isUnsigned ? Kind::Offset32 : Kind::Signed; break;
         default: kind = Kind::Float; break;
         }
-        bytes = static_cast<uint8_t>(pcmEncodingSizeofSample(type));
-        container = static_cast<uint8_t>(pcmEncodingSizeofSample(encoding));
+        bytes = static_cast<uint8_t>(SampleBytes(type));
+        container = static_cast<uint8_t>(ContainerBytes(encoding));
         const bool last = encoding & PCM_ENCODING_PAD_BEFORE ||
                           (encoding & PCM_ENCODING_BIG_ENDIAN && !(encoding & PCM_ENCODING_PAD_AFTER));
         offset = last ? static_cast<uint8_t>(container - bytes) : 0;
@@ -115,19 +117,48 @@ struct FloatSample {
     static PCM_SAMPLE Decode(uint32_t word) { return std::bit_cast<PCM_SAMPLE>(word); }
 };
 
-/// A place in the G.711 encoding tables, with the code's sign bit above it.
+/// A place among the signed codes of G.711.
 inline int32_t G711Place(PCM_SAMPLE sample)
 {
-    constexpr int32_t kPositive = 0x8000;
     const float v = sample * 32768.0f;
     const float inRange = v < 32767.0f ? v > -32768.0f ? v : -32768.0f : 32767.0f; // NaN: see below
     const auto x = static_cast<int32_t>(v == v ? inRange : 0.0f);
-    return x >= 0 ? x >> 3 | kPositive : -x >> 3;
+    return (x >= 0 ? g711::kPositive : 0) + (std::abs(x) >> 3);
 }
 
-inline uint8_t G711Code(const uint8_t *codes, int32_t place)
+// One lookup for each sample, four to a round. Functions of their own, outside the loops of each level: compilers would
+// make them gathers there, which are slower.
+
+template <class Look> inline void ForEach(pbInt samples, Look look)
 {
-    return static_cast<uint8_t>(codes[place & 0x1FFF] | (place >> 8 & 0x80));
+    pbInt i = 0;
+    for (; i + 4 <= samples; i += 4) {
+        look(i);
+        look(i + 1);
+        look(i + 2);
+        look(i + 3);
+    }
+    for (; i < samples; ++i)
+        look(i);
+}
+
+[[gnu::noinline]] void LookUpCodes(uint8_t *dest, const int32_t *places, const Layout &layout, pbInt samples)
+{
+    const uint8_t *const codes = (layout.kind == Kind::Alaw ? g711::kAlawCodes : g711::kMulawCodes).data();
+    if (layout.container == 1)
+        ForEach(samples, [=](pbInt i) { dest[i] = codes[places[i]]; });
+    else
+        ForEach(samples, [=](pbInt i) { dest[i * layout.container + layout.offset] = codes[places[i]]; });
+}
+
+[[gnu::noinline]] void DecodeG711(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+{
+    const uint32_t *const values = (layout.kind == Kind::Alaw ? g711::kAlawSamples : g711::kMulawSamples).data();
+    const auto decode = [=](pbInt i, uint8_t code) { std::memcpy(dest + i, values + code, sizeof(PCM_SAMPLE)); };
+    if (layout.container == 1)
+        ForEach(samples, [=](pbInt i) { decode(i, source[i]); });
+    else
+        ForEach(samples, [=](pbInt i) { decode(i, source[i * layout.container + layout.offset]); });
 }
 
 // Containers in memory.
@@ -205,19 +236,19 @@ struct Controls {
 
 constexpr Controls kControls;
 
-[[maybe_unused]] inline const uint8_t *PackControl(Layout layout)
+[[maybe_unused]] inline const uint8_t *PackControl(const Layout &layout)
 {
     return kControls.pack[layout.container - 1][layout.bytes - 1][layout.offset > 0][layout.bigEndian];
 }
 
-[[maybe_unused]] inline const uint8_t *SpreadControl(Layout layout)
+[[maybe_unused]] inline const uint8_t *SpreadControl(const Layout &layout)
 {
     return kControls.spread[layout.container - 1][layout.bytes - 1][layout.offset > 0][layout.bigEndian];
 }
 
 struct Loops {
-    void (*encode)(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples);
-    void (*decode)(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples);
+    void (*encode)(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples);
+    void (*decode)(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
 };
 
 } // namespace
@@ -233,17 +264,13 @@ using pcm::Layout;
 
 const pcm::Loops loops = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
 
-void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, PCM_ENCODING encoding, pbInt samples)
+void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    if (encoding == 0)
-        pbMemCopyN(dest, source, samples, PB_SIZEOF(PCM_SAMPLE));
-    else
-        loops.decode(dest, source, Layout(encoding), samples);
+    loops.decode(dest, source, layout, samples);
 }
 
-void pcm___ConvertFromSamples(uint8_t *dest, PCM_ENCODING encoding, const PCM_SAMPLE *source, pbInt samples)
+void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
 {
-    const Layout layout(encoding);
     if (layout.kind >= Kind::Alaw && layout.container > layout.bytes)
         pbMemSetN(dest, 0, samples, layout.container); // the other kinds write their padding themselves
     loops.encode(dest, source, layout, samples);
@@ -257,29 +284,30 @@ void pcm___Convert(void *dest, PCM_ENCODING destEncoding, const void *source, PC
     PB_ASSERT(samples >= 0);
     PB_ASSERT(dest || samples == 0);
     PB_ASSERT(source || samples == 0);
-    destEncoding = pcmEncodingNormalize(destEncoding);
-    sourceEncoding = pcmEncodingNormalize(sourceEncoding);
-    const pbInt destSize = pcmEncodingSizeofSample(destEncoding);
-    const pbInt sourceSize = pcmEncodingSizeofSample(sourceEncoding);
+    destEncoding = pcm::Normalize(destEncoding);
+    sourceEncoding = pcm::Normalize(sourceEncoding);
+    const Layout to(destEncoding), from(sourceEncoding);
+    const pbInt destSize = to.container, sourceSize = from.container;
     if (samples == 0)
         return;
     PB_ASSERT(PB_INT_MUL_OK( destSize, samples ));
     PB_ASSERT(PB_INT_MUL_OK( sourceSize, samples ));
 
-    auto *to = static_cast<uint8_t *>(dest);
-    const auto *from = static_cast<const uint8_t *>(source);
+    if (destEncoding == 0 && sourceEncoding == 0)
+        return pbMemCopyN(dest, source, samples, destSize);
+    auto *out = static_cast<uint8_t *>(dest);
+    const auto *in = static_cast<const uint8_t *>(source);
     if (destEncoding == 0)
-        return pcm___ConvertToSamples(static_cast<PCM_SAMPLE *>(dest), from, sourceEncoding, samples);
+        return pcm___ConvertToSamples(static_cast<PCM_SAMPLE *>(dest), in, from, samples);
     if (sourceEncoding == 0)
-        return pcm___ConvertFromSamples(to, destEncoding, static_cast<const PCM_SAMPLE *>(source), samples);
+        return pcm___ConvertFromSamples(out, to, static_cast<const PCM_SAMPLE *>(source), samples);
 
     constexpr pbInt kChunk = 256;
-    PCM_SAMPLE chunk[kChunk];
-    for (pbInt done = 0; done < samples;) {
+    alignas(64) PCM_SAMPLE chunk[kChunk];
+    for (pbInt done = 0; done < samples; done += kChunk) {
         const pbInt n = pbIntMin(kChunk, samples - done);
-        pcm___ConvertToSamples(chunk, from + done * sourceSize, sourceEncoding, n);
-        pcm___ConvertFromSamples(to + done * destSize, destEncoding, chunk, n);
-        done += n;
+        pcm___ConvertToSamples(chunk, in + done * sourceSize, from, n);
+        pcm___ConvertFromSamples(out + done * destSize, to, chunk, n);
     }
 }
 

@@ -6,7 +6,7 @@
 /// Encodes one sample at a time into any container. Stores words of eight bytes where the next container, written
 /// after it, takes what is too much; the last container is written exactly.
 template <class Sample>
-PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples)
+PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     if (layout.container >= 5) {
         for (; samples > 1; --samples, ++source, dest += layout.container)
@@ -18,7 +18,7 @@ PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, Layout layo
 
 /// The way back.
 template <class Sample>
-PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples)
+PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
     if (layout.container >= 5) {
         for (; samples > 1; --samples, ++dest, source += layout.container)
@@ -28,32 +28,17 @@ PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, Layout layo
         *dest = Sample::Decode(layout.Take(LoadBytes(source, layout.container)));
 }
 
-/// A run's codes are looked up in two steps: the places in the table for as many samples as a vector loop likes, then a
-/// byte for each.
-PCM_TARGET void EncodeG711(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples)
+/// The places in the table for as many samples as a vector loop likes, then a lookup for each.
+PCM_TARGET void EncodeG711(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     constexpr pbInt kRun = 256;
-    const uint8_t *const codes = layout.kind == Kind::Alaw ? pcm___EncodeG711AlawTable : pcm___EncodeG711MulawTable;
-    int32_t places[kRun];
+    alignas(64) int32_t places[kRun];
     for (pbInt done = 0; done < samples; done += kRun) {
         const pbInt run = samples - done < kRun ? samples - done : kRun;
         for (pbInt i = 0; i < run; ++i)
             places[i] = G711Place(source[done + i]);
-        if (layout.container == 1) {
-            for (pbInt i = 0; i < run; ++i)
-                dest[done + i] = G711Code(codes, places[i]);
-        } else {
-            for (pbInt i = 0; i < run; ++i)
-                dest[(done + i) * layout.container + layout.offset] = G711Code(codes, places[i]);
-        }
+        LookUpCodes(dest + done * layout.container, places, layout, run);
     }
-}
-
-PCM_TARGET void DecodeG711(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples)
-{
-    const auto &values = layout.kind == Kind::Alaw ? g711::kAlawSamples : g711::kMulawSamples;
-    for (pbInt i = 0; i < samples; ++i)
-        dest[i] = values[source[i * layout.container + layout.offset]];
 }
 
 #if PCM_LEVEL == 0
@@ -74,7 +59,7 @@ PCM_TARGET void DecodeTight(PCM_SAMPLE *dest, const uint8_t *source, pbInt sampl
 }
 
 template <class Sample>
-PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples)
+PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     if (layout.container != layout.bytes)
         return EncodeWords<Sample>(dest, source, layout, samples);
@@ -91,7 +76,7 @@ PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, Layout
 }
 
 template <class Sample>
-PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples)
+PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
     if (layout.container != layout.bytes)
         return DecodeWords<Sample>(dest, source, layout, samples);
@@ -162,10 +147,14 @@ PCM_TARGET inline void StoreSamples(PCM_SAMPLE *dest, Floats samples)
     _mm512_storeu_ps(dest, samples);
 }
 
-PCM_TARGET inline Words Shuffle(Words words, const uint8_t *control)
+PCM_TARGET inline Words LoadControl(const uint8_t *lane)
 {
-    const __m128i lane = _mm_load_si128(reinterpret_cast<const __m128i *>(control));
-    return _mm512_shuffle_epi8(words, _mm512_broadcast_i32x4(lane));
+    return _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i *>(lane)));
+}
+
+PCM_TARGET inline Words Shuffle(Words words, Words control)
+{
+    return _mm512_shuffle_epi8(words, control);
 }
 
 /// Moves the kContainer dwords at the bottom of each lane together.
@@ -279,10 +268,14 @@ PCM_TARGET inline void StoreSamples(PCM_SAMPLE *dest, Floats samples)
     _mm256_storeu_ps(dest, samples);
 }
 
-PCM_TARGET inline Words Shuffle(Words words, const uint8_t *control)
+PCM_TARGET inline Words LoadControl(const uint8_t *lane)
 {
-    const __m128i lane = _mm_load_si128(reinterpret_cast<const __m128i *>(control));
-    return _mm256_shuffle_epi8(words, _mm256_broadcastsi128_si256(lane));
+    return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(lane)));
+}
+
+PCM_TARGET inline Words Shuffle(Words words, Words control)
+{
+    return _mm256_shuffle_epi8(words, control);
 }
 
 /// Moves the kContainer dwords at the bottom of each lane together.
@@ -361,50 +354,66 @@ template <class Sample> PCM_TARGET inline Floats Value(Words words)
         return FromBits(words);
 }
 
-/// Runs of kWide samples; the last run overlaps the one before, and a run too short for that goes through a local
+template <class Sample, int kContainer>
+PCM_TARGET inline void EncodeVector(uint8_t *dest, const PCM_SAMPLE *source, Words control)
+{
+    StoreRun<kContainer>(dest, Gather<kContainer>(Shuffle(Quantise<Sample>(LoadSamples(source)), control)));
+}
+
+template <class Sample, int kContainer>
+PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Words control)
+{
+    StoreSamples(dest, Value<Sample>(Shuffle(Scatter<kContainer>(LoadRun<kContainer>(source)), control)));
+}
+
+/// How many samples of four bytes lie before the first that begins a vector, so that loads or stores from there on
+/// cross no line of the cache. Any answer is right.
+PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
+{
+    return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kWide);
+}
+
+/// Vectors of samples. The first and the last overlap their neighbours; a run too short for one goes through a local
 /// array.
 template <class Sample, int kContainer>
-PCM_TARGET void EncodeVectors(uint8_t *dest, const PCM_SAMPLE *source, const uint8_t *control, pbInt samples)
+PCM_TARGET void EncodeVectors(uint8_t *dest, const PCM_SAMPLE *source, const uint8_t *lane, pbInt samples)
 {
+    const Words control = LoadControl(lane);
     if (samples < kWide) {
         PCM_SAMPLE in[kWide] = {};
         uint8_t out[kWide * kContainer];
         __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        StoreRun<kContainer>(out, Gather<kContainer>(Shuffle(Quantise<Sample>(LoadSamples(in)), control)));
+        EncodeVector<Sample, kContainer>(out, in, control);
         __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kContainer));
         return;
     }
-    pbInt i = 0;
-    for (; i < samples - kWide; i += kWide)
-        StoreRun<kContainer>(dest + i * kContainer,
-                             Gather<kContainer>(Shuffle(Quantise<Sample>(LoadSamples(source + i)), control)));
-    i = samples - kWide;
-    StoreRun<kContainer>(dest + i * kContainer,
-                         Gather<kContainer>(Shuffle(Quantise<Sample>(LoadSamples(source + i)), control)));
+    EncodeVector<Sample, kContainer>(dest, source, control);
+    const void *const wide = kContainer == 4 ? static_cast<const void *>(dest) : source;
+    for (pbInt i = SamplesBeforeVector(wide); i < samples - kWide; i += kWide)
+        EncodeVector<Sample, kContainer>(dest + i * kContainer, source + i, control);
+    EncodeVector<Sample, kContainer>(dest + (samples - kWide) * kContainer, source + (samples - kWide), control);
 }
 
 template <class Sample, int kContainer>
-PCM_TARGET void DecodeVectors(PCM_SAMPLE *dest, const uint8_t *source, const uint8_t *control, pbInt samples)
+PCM_TARGET void DecodeVectors(PCM_SAMPLE *dest, const uint8_t *source, const uint8_t *lane, pbInt samples)
 {
+    const Words control = LoadControl(lane);
     if (samples < kWide) {
         uint8_t in[kWide * kContainer] = {};
         PCM_SAMPLE out[kWide];
         __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kContainer));
-        StoreSamples(out, Value<Sample>(Shuffle(Scatter<kContainer>(LoadRun<kContainer>(in)), control)));
+        DecodeVector<Sample, kContainer>(out, in, control);
         __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
         return;
     }
-    pbInt i = 0;
-    for (; i < samples - kWide; i += kWide)
-        StoreSamples(dest + i, Value<Sample>(Shuffle(Scatter<kContainer>(LoadRun<kContainer>(source + i * kContainer)),
-                                                     control)));
-    i = samples - kWide;
-    StoreSamples(dest + i,
-                 Value<Sample>(Shuffle(Scatter<kContainer>(LoadRun<kContainer>(source + i * kContainer)), control)));
+    DecodeVector<Sample, kContainer>(dest, source, control);
+    for (pbInt i = SamplesBeforeVector(dest); i < samples - kWide; i += kWide)
+        DecodeVector<Sample, kContainer>(dest + i, source + i * kContainer, control);
+    DecodeVector<Sample, kContainer>(dest + (samples - kWide), source + (samples - kWide) * kContainer, control);
 }
 
 template <class Sample>
-PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples)
+PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     switch (layout.container) {
     case 1: return EncodeVectors<Sample, 1>(dest, source, PackControl(layout), samples);
@@ -416,7 +425,7 @@ PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, Layout
 }
 
 template <class Sample>
-PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples)
+PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
     switch (layout.container) {
     case 1: return DecodeVectors<Sample, 1>(dest, source, SpreadControl(layout), samples);
@@ -429,7 +438,7 @@ PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, Layout
 
 #endif
 
-PCM_TARGET void Encode(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, pbInt samples)
+PCM_TARGET void Encode(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     switch (layout.kind) {
     case Kind::Signed: return EncodeContainers<SignedSample>(dest, source, layout, samples);
@@ -441,7 +450,7 @@ PCM_TARGET void Encode(uint8_t *dest, const PCM_SAMPLE *source, Layout layout, p
     }
 }
 
-PCM_TARGET void Decode(PCM_SAMPLE *dest, const uint8_t *source, Layout layout, pbInt samples)
+PCM_TARGET void Decode(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
     switch (layout.kind) {
     case Kind::Signed: return DecodeContainers<SignedSample>(dest, source, layout, samples);

@@ -44,16 +44,32 @@ constexpr int16_t MulawValue(unsigned code)
     return static_cast<int16_t>((bits & 0x80 ? -magnitude : magnitude) - (segment ? 4 : 0));
 }
 
-/// The samples that the codes stand for.
-template <class Value> constexpr std::array<float, 256> Samples(Value value)
+/// The bits of the samples that the codes stand for.
+template <class Value> constexpr std::array<uint32_t, 256> SampleBits(Value value)
 {
-    std::array<float, 256> samples{};
+    std::array<uint32_t, 256> bits{};
     for (unsigned code = 0; code < 256; ++code)
-        samples[code] = static_cast<float>(value(code)) * 0x1p-15f;
-    return samples;
+        bits[code] = std::bit_cast<uint32_t>(static_cast<float>(value(code)) * 0x1p-15f);
+    return bits;
 }
 
-inline constexpr std::array<float, 256> kAlawSamples = Samples(AlawValue);
-inline constexpr std::array<float, 256> kMulawSamples = Samples(MulawValue);
+/// Where a code stands in SignedCodes: the code of a negative sample by its magnitude / 8, the others behind them.
+constexpr int kPositive = 4097;
+
+/// The codes with their sign bits.
+template <class Code> constexpr std::array<uint8_t, 2 * kPositive> SignedCodes(Code code)
+{
+    std::array<uint8_t, 2 * kPositive> codes{};
+    for (unsigned i = 0; i < kPositive; ++i) {
+        codes[i] = code(i);
+        codes[kPositive + i] = code(i) | 0x80;
+    }
+    return codes;
+}
+
+inline constexpr std::array<uint8_t, 2 *kPositive> kAlawCodes = SignedCodes(AlawCode);
+inline constexpr std::array<uint8_t, 2 *kPositive> kMulawCodes = SignedCodes(MulawCode);
+inline constexpr std::array<uint32_t, 256> kAlawSamples = SampleBits(AlawValue);
+inline constexpr std::array<uint32_t, 256> kMulawSamples = SampleBits(MulawValue);
 
 } // namespace pcm::g711
