@@ -3,6 +3,20 @@
 
 #include <sys/resource.h>
 
+// Memory that cannot be had is the runtime's to report, also under the sanitizers.
+extern "C" const char *__asan_default_options();
+extern "C" const char *__tsan_default_options();
+
+const char *__asan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
+const char *__tsan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
 namespace {
 
 class FindsLeaks : public testing::EmptyTestEventListener {

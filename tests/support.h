@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <csignal>
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>

@@ -1,22 +1,37 @@
 // The sample kernels' loops, for one level (pcm_each_level.h). Plain loops: where dest and source overlap, the
 // compiler's own run-time test keeps the ascending order.
 
-PCM_TARGET void Add(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
+template <class Combine> PCM_TARGET inline void FlatRun(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
 {
     for (pbInt i = 0; i < samples; ++i)
-        dest[i] = dest[i] + source[i];
+        dest[i] = Combine::Of(dest[i], source[i]);
 }
 
-PCM_TARGET void Mul(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
+/// How many samples to do before the rest begins where a vector does, so that it crosses no line of the cache.
+PCM_TARGET inline pbInt Head(const PCM_SAMPLE *dest, pbInt samples)
+{
+    const auto head = static_cast<pbInt>(-reinterpret_cast<uintptr_t>(dest) % PCM_VECTOR / sizeof(PCM_SAMPLE));
+    return head < samples ? head : samples;
+}
+
+template <class Combine> PCM_TARGET void Flat(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
+{
+    const pbInt head = Head(dest, samples);
+    FlatRun<Combine>(dest, source, head);
+    FlatRun<Combine>(dest + head, source + head, samples - head);
+}
+
+PCM_TARGET inline void ScaleRun(PCM_SAMPLE *dest, pbInt samples, PCM_SAMPLE factor)
 {
     for (pbInt i = 0; i < samples; ++i)
-        dest[i] = dest[i] * source[i];
+        dest[i] = dest[i] * factor;
 }
 
 PCM_TARGET void Scale(PCM_SAMPLE *dest, pbInt samples, PCM_SAMPLE factor)
 {
-    for (pbInt i = 0; i < samples; ++i)
-        dest[i] = dest[i] * factor;
+    const pbInt head = Head(dest, samples);
+    ScaleRun(dest, head, factor);
+    ScaleRun(dest + head, samples - head, factor);
 }
 
 /// Steps of 0 are those of the arguments; the others are constants, which the compiler can make vectors of.
@@ -44,4 +59,4 @@ PCM_TARGET void Walk(PCM_SAMPLE *dest, pbInt destStep, const PCM_SAMPLE *source,
         WalkSteps<Combine, 0, 0>(dest, destStep, source, sourceStep, frames);
 }
 
-constexpr Loops kLoops = {Add, Mul, Scale, Walk<TakeSource>, Walk<Sum>, Walk<Product>};
+constexpr Loops kLoops = {Flat<Sum>, Flat<Product>, Scale, Walk<TakeSource>, Walk<Sum>, Walk<Product>};

@@ -1,0 +1,30 @@
+#!/bin/sh
+# symbols.sh LIBPCM LIBPB: checks what the libraries export and need.
+set -u
+here=$(dirname "$0")
+pcm=$1 pb=$2
+status=0
+
+# Compares two sorted lists.
+same() {
+    printf '%s\n' "$2" >expected.$$
+    printf '%s\n' "$3" | diff -u expected.$$ - >difference.$$ || { echo "$1 differ:"; cat difference.$$; status=1; }
+    rm -f expected.$$ difference.$$
+}
+
+exported() { nm -D --defined-only "$1" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | LC_ALL=C sort; }
+needed() { readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | LC_ALL=C sort; }
+
+same "exported symbols of libpcm" "$(grep -v '^#' "$here/symbols.txt")" "$(exported "$pcm")"
+same "libraries that libpcm needs" "$(printf 'libc.so.6\nlibm.so.6\nlibpb.so.1')" "$(needed "$pcm")"
+unknown=$(nm -D --undefined-only "$pcm" | awk '$2 ~ /^pb/ { print $2 }' | sed 's/@.*//' |
+    grep -vxFf "$here/runtime.txt") && { echo "libpcm calls what the runtime need not have:" $unknown; status=1; }
+for library in "$pcm" "$pb"; do
+    readelf -d "$library" | grep -q SONAME || { echo "$library has no SONAME"; status=1; }
+    if readelf -d "$library" | grep -qE 'SYMBOLIC|TEXTREL'; then echo "$library is bound to itself"; status=1; fi
+    if exported "$library" | grep -v '^p\(b\|cm\)'; then echo "$library exports other names"; status=1; fi
+done
+# Versions: one node for everybody's names, one for the product's own modules.
+nm -D --defined-only --with-symbol-versions "$pcm" | awk '$2 != "A" { print $3 }' |
+    grep -vE '^(pcm[A-Z].*@@PCM_1|pcm___.*@@PCM_INTERNAL_1)$' && { echo "names without their version"; status=1; }
+exit $status
