@@ -1,4 +1,5 @@
-// Audio on its way through a program: each stage takes packets from the one before when it is asked for one itself.
+// Audio on its way through a program: each stage takes packets from the one before when it is asked for one itself, so
+// that however long the audio is, no more of it is in memory than a stage needs.
 #pragma once
 
 #include "audio_file.h"
@@ -13,7 +14,7 @@ public:
     Stream(pbInt channels, pbInt rate) : channels_(channels), rate_(rate) {}
     virtual ~Stream() = default;
 
-    /// @return the next packet, which may be of any length; an empty handle at the end
+    /// @return the next packet, of any length and at times of none; an empty handle at the end
     virtual pcm::Packet Next() = 0;
 
     pbInt Channels() const { return channels_; }
@@ -34,5 +35,14 @@ constexpr pbInt BlockFrames(pbInt rate)
 /// A file, 20 ms at a time.
 StreamPtr FromFile(AudioReader &reader);
 
-/// The same with its level changed.
+/// Of the input so many frames from this one on. Takes the input to its end, and throws Failure if it ends before.
+StreamPtr Trimmed(StreamPtr input, pbInt start, pbInt frames);
+
+/// The input with its level changed.
 StreamPtr WithLevel(StreamPtr input, pbReal decibel);
+
+/// The input and then so many frames of silence.
+StreamPtr Padded(StreamPtr input, pbInt frames);
+
+/// The input cut anew, into packets of exactly 20 ms and a last one of what is left.
+StreamPtr InBlocks(StreamPtr input);

@@ -1,4 +1,4 @@
-// Transcode: makes an audio file of another one, in another encoding, at another level.
+// Transcode: makes an audio file of another one, in another encoding, at another level, of a part of it.
 //
 // The road of a file: libsndfile hands out the bytes of its samples, the library decodes them into packets of 20 ms,
 // the stages of stream.h change these one after another, the library encodes them again, and libsndfile lays the bytes
@@ -7,6 +7,7 @@
 #include "meter.h"
 #include "stream.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +15,8 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -28,17 +31,23 @@ constexpr char kHelp[] =
     "is\n"
     "the samples and nothing else. OUTPUT is there when it is complete, and not before.\n"
     "\n"
-    "  --encoding NAME   how OUTPUT holds its samples; without it as INPUT does, as far as OUTPUT can\n"
-    "  --level DB        make it louder by so many decibels, or softer: -200 to 200\n"
-    "  --help            print this and do nothing\n"
+    "  --encoding NAME      how OUTPUT holds its samples; without it as INPUT does, as far as OUTPUT can\n"
+    "  --level DB           make it louder by so many decibels, or softer: -200 to 200\n"
+    "  --trim START:FRAMES  take only so many frames of INPUT, from frame START on, counted from 0\n"
+    "  --pad FRAMES         add so many frames of silence at the end of OUTPUT\n"
+    "  --help               print this and do nothing\n"
     "\n"
     "Encodings:";
 
 struct Options {
     std::string input, output;
     const SampleFormat *format = nullptr;
-    pbReal level = 0.0; // dB
+    pbReal level = 0.0;                          // dB
+    std::optional<std::pair<pbInt, pbInt>> trim; // start and frames
+    pbInt pad = 0;
 };
+
+constexpr pbInt kMostFrames = pbInt{1} << 48; // of anything that one asks for, so that no sum of two overflows
 
 pbReal NumberOf(const std::string &option, const std::string &text, pbReal low, pbReal high)
 {
@@ -50,6 +59,25 @@ pbReal NumberOf(const std::string &option, const std::string &text, pbReal low, 
         throw Failure(option + " takes " + range + ", not '" + text + "'");
     }
     return number;
+}
+
+pbInt CountOf(const std::string &option, std::string_view text, pbInt low, pbInt high)
+{
+    pbInt count = 0;
+    const auto [end, error] = std::from_chars(text.begin(), text.end(), count);
+    if (error != std::errc() || end != text.end() || count < low || count > high)
+        throw Failure(option + " takes whole numbers from " + std::to_string(low) + " to " + std::to_string(high) +
+                      ", not '" + std::string(text) + "'");
+    return count;
+}
+
+std::pair<pbInt, pbInt> RangeOf(const std::string &option, std::string_view text)
+{
+    const auto colon = text.find(':');
+    if (colon == text.npos)
+        throw Failure(option + " takes START:FRAMES, not '" + std::string(text) + "'");
+    return {CountOf(option, text.substr(0, colon), 0, kMostFrames),
+            CountOf(option, text.substr(colon + 1), 1, kMostFrames)};
 }
 
 /// @return nothing when only help was asked for
@@ -77,6 +105,10 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
             options.format = &SampleFormatNamed(value());
         else if (argument == "--level")
             options.level = NumberOf(argument, value(), -200.0, 200.0);
+        else if (argument == "--trim")
+            options.trim = RangeOf(argument, value());
+        else if (argument == "--pad")
+            options.pad = CountOf(argument, value(), 0, kMostFrames);
         else
             throw Failure("unknown option '" + argument + "'; see transcode --help");
     }
@@ -159,6 +191,18 @@ private:
     Meter &meter_;
 };
 
+/// Everything between the bytes that come in and those that go out.
+StreamPtr Road(StreamPtr stream, const Options &options)
+{
+    if (options.trim)
+        stream = Trimmed(std::move(stream), options.trim->first, options.trim->second);
+    if (options.level != 0.0)
+        stream = WithLevel(std::move(stream), options.level);
+    if (options.pad)
+        stream = Padded(std::move(stream), options.pad);
+    return InBlocks(std::move(stream));
+}
+
 void Transcode(const Options &options)
 {
     const int container = ContainerOf(options.output);
@@ -167,9 +211,7 @@ void Transcode(const Options &options)
 
     const double start = ProcessorSeconds();
     Meter in, before, out;
-    StreamPtr stream = std::make_unique<Metered>(FromFile(reader), in);
-    if (options.level != 0.0)
-        stream = WithLevel(std::move(stream), options.level);
+    const StreamPtr stream = Road(std::make_unique<Metered>(FromFile(reader), in), options);
 
     AudioWriter writer(options.output, format, stream->Rate(), stream->Channels());
     {

@@ -287,6 +287,45 @@ TEST_F(Transcode, ChangesTheLevelAndSaysHowLoudItWasAndIs)
     EXPECT_EQ(Run("--level 1 --encoding s16le in.wav out.wav").status, 0);
 }
 
+TEST_F(Transcode, TrimsAndPadsToTheFrame)
+{
+    Random random;
+    const Samples samples = SixteenBitNoise(random, 2 * 5000);
+    const pbInt half = pbInt{1} << 47; // more than there will ever be
+    const struct {
+        std::string options;
+        pbInt start, frames, pad; // frames -1: it fails
+    } rows[] = {
+        {"--trim 0:5000", 0, 5000, 0},
+        {"--trim 0:1", 0, 1, 0},
+        {"--trim 4999:1", 4999, 1, 0},
+        {"--trim 441:441", 441, 441, 0},
+        {"--trim 440:443 --pad 1", 440, 443, 1},
+        {"--pad 2000", 0, 5000, 2000},
+        {"--pad 0", 0, 5000, 0},
+        {"--trim 0:5001", 0, -1, 0},
+        {"--trim 5000:1", 0, -1, 0},
+        {"--trim " + std::to_string(half) + ":" + std::to_string(half), 0, -1, 0},
+    };
+    Write("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 22050, 2, samples);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.options);
+        fs::remove(Path("out.wav"));
+        const auto outcome = Run(row.options + " in.wav out.wav");
+        ASSERT_EQ(outcome.status, row.frames < 0 ? 1 : 0) << outcome.err;
+        ASSERT_EQ(fs::exists(Path("out.wav")), row.frames >= 0);
+        if (row.frames < 0)
+            continue;
+        Samples expected(samples.begin() + row.start * 2, samples.begin() + (row.start + row.frames) * 2);
+        expected.resize(expected.size() + static_cast<std::size_t>(row.pad) * 2, 0.0f);
+        SF_INFO info = {};
+        EXPECT_EQ(Read("out.wav", &info), expected);
+        EXPECT_NE(outcome.out.find("in   in.wav: wav s16le, 22050 Hz, 2 channels, 0.227 s (5000 frames)"),
+                  std::string::npos)
+            << outcome.out;
+    }
+}
+
 TEST_F(Transcode, MayWriteOverItsInput)
 {
     Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, Samples(20000, 0.25f));
@@ -332,6 +371,13 @@ TEST_F(Transcode, RefusesInOneLineAndLeavesNothingBehind)
         {"--level 3dB in.wav out.wav", "--level takes a number from -200 to 200, not '3dB'"},
         {"--level nan in.wav out.wav", "--level takes a number from -200 to 200, not 'nan'"},
         {"--level 201 in.wav out.wav", "--level takes a number from -200 to 200, not '201'"},
+        {"--trim 5 in.wav out.wav", "--trim takes START:FRAMES, not '5'"},
+        {"--trim -1:5 in.wav out.wav", "--trim takes whole numbers from 0 to "},
+        {"--trim 0:0 in.wav out.wav", "--trim takes whole numbers from 1 to "},
+        {"--trim 0:1x in.wav out.wav", "--trim takes whole numbers from 1 to "},
+        {"--trim 49999:2 in.wav out.wav", "cannot trim: the input lacks the last 1 of the frames asked for"},
+        {"--pad 1e3 in.wav out.wav", "--pad takes whole numbers from 0 to "},
+        {"--pad 99999999999999999999 in.wav out.wav", "--pad takes whole numbers from 0 to "},
         {"--encoding s17 in.wav out.wav", "unknown encoding 's17'"},
         {"--encoding u16le in.wav out.wav", "cannot write 'out.wav': this kind of file cannot hold u16le"},
         {"in.wav out.mp3", "cannot tell what to write to 'out.mp3'"},
