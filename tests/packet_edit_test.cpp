@@ -1,7 +1,10 @@
 // Editing packets: write, insert, delete.
 #include "support.h"
 
+#include <algorithm>
+#include <csignal>
 #include <functional>
+#include <unistd.h>
 
 namespace {
 
@@ -120,4 +123,486 @@ TEST(PacketDel, LeavesTheFramesThatTheNameSays)
             {"set none", [](auto pkt, auto) { pcmPacketSetFrames(pkt, 0); }, {}},
         },
         {1, 2, 3, 4, 5}, {});
+}
+
+// At random, against lists of frames.
+
+namespace {
+
+enum Word { All, Inner, Outer, Leading, Trailing, Zero, Words };
+
+/// The frames that a word takes from a source, or so many of silence.
+std::vector<Frame> Taken(Word word, const std::vector<Frame> &source, pbInt channels, pbInt offset, pbInt frames)
+{
+    const auto begin = source.begin(), end = source.end();
+    std::vector<Frame> taken;
+    switch (word) {
+    case All: return source;
+    case Inner: return {begin + offset, begin + offset + frames};
+    case Leading: return {begin, begin + frames};
+    case Trailing: return {end - frames, end};
+    case Zero: return std::vector<Frame>(frames, Frame(channels));
+    default:
+        taken.assign(begin, begin + offset);
+        taken.insert(taken.end(), begin + offset + frames, end);
+        return taken;
+    }
+}
+
+using Operation = void (*)(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+
+// clang-format off
+constexpr Operation kWrites[Words] = {
+    [](auto pkt, auto idx, auto source, auto, auto) { pcmPacketWrite(pkt, idx, source); },
+    pcmPacketWriteInner,
+    pcmPacketWriteOuter,
+    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketWriteLeading(pkt, idx, source, frames); },
+    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketWriteTrailing(pkt, idx, source, frames); },
+    [](auto pkt, auto idx, auto, auto, auto frames) { pcmPacketWriteZero(pkt, idx, frames); },
+};
+constexpr Operation kInserts[Words] = {
+    [](auto pkt, auto idx, auto source, auto, auto) { pcmPacketInsert(pkt, idx, source); },
+    pcmPacketInsertInner,
+    pcmPacketInsertOuter,
+    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketInsertLeading(pkt, idx, source, frames); },
+    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketInsertTrailing(pkt, idx, source, frames); },
+    [](auto pkt, auto idx, auto, auto, auto frames) { pcmPacketInsertZero(pkt, idx, frames); },
+};
+constexpr Operation kPrepends[Words] = {
+    [](auto pkt, auto, auto source, auto, auto) { pcmPacketPrepend(pkt, source); },
+    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketPrependInner(pkt, source, offset, frames); },
+    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketPrependOuter(pkt, source, offset, frames); },
+    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketPrependLeading(pkt, source, frames); },
+    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketPrependTrailing(pkt, source, frames); },
+    [](auto pkt, auto, auto, auto, auto frames) { pcmPacketPrependZero(pkt, frames); },
+};
+constexpr Operation kAppends[Words] = {
+    [](auto pkt, auto, auto source, auto, auto) { pcmPacketAppend(pkt, source); },
+    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketAppendInner(pkt, source, offset, frames); },
+    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketAppendOuter(pkt, source, offset, frames); },
+    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketAppendLeading(pkt, source, frames); },
+    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketAppendTrailing(pkt, source, frames); },
+    [](auto pkt, auto, auto, auto, auto frames) { pcmPacketAppendZero(pkt, frames); },
+};
+// clang-format on
+
+/// Packets in several hands, each beside the frames that it should have.
+class Model {
+public:
+    explicit Model(Random &random) : random_(random)
+    {
+        for (Hand &hand : hands_)
+            hand = Fresh();
+    }
+
+    void Step()
+    {
+        at_ = random_.From(0, kHands - 1);
+        other_ = random_.OneIn(3) ? at_ : random_.From(0, kHands - 1);
+        object_ = my().packet.Get();
+        shared_ = RefCount(object_) > 1;
+        switch (random_.From(0, 12)) {
+        case 0: my() = Fresh(); return Check();
+        case 1:
+        case 2: my() = Hand(their()); return Check();
+        case 3: return Mix();
+        case 4: return SetChannels();
+        case 5: return SetFrames();
+        case 6:
+        case 7: return Delete();
+        case 8: return WriteRectangle();
+        case 9: return Write();
+        default: return Insert();
+        }
+    }
+
+private:
+    struct Hand {
+        pcm::Packet packet;
+        pbInt channels = 0;
+        std::vector<Frame> frames;
+
+        pbInt size() const { return static_cast<pbInt>(frames.size()); }
+    };
+
+    static constexpr pbInt kHands = 5, kLong = 40;
+
+    Hand &my() { return hands_[at_]; }
+    Hand &their() { return hands_[other_]; }
+
+    Frame RandomFrame(pbInt channels) { return random_.Run(channels); }
+
+    Hand Fresh()
+    {
+        Hand hand;
+        hand.channels = random_.From(1, 3);
+        Samples samples;
+        for (pbInt f = random_.From(0, 6); f > 0; --f) {
+            hand.frames.push_back(RandomFrame(hand.channels));
+            samples.insert(samples.end(), hand.frames.back().begin(), hand.frames.back().end());
+        }
+        hand.packet = pcm::Packet(samples, hand.channels);
+        return hand;
+    }
+
+    /// Which object is in the hand after an edit that changed something, or nothing.
+    void CheckObject(bool changed, bool fromItself = false)
+    {
+        EXPECT_EQ(my().packet.Get() != object_, changed && (shared_ || fromItself));
+        Check();
+    }
+
+    void Check()
+    {
+        for (const Hand &hand : hands_) {
+            PCM_PACKET *const pkt = hand.packet.Get();
+            EXPECT_EQ(pcmPacketChannels(pkt), hand.channels);
+            EXPECT_EQ(Frames(pkt), hand.frames);
+            EXPECT_EQ(RefCount(pkt), std::count_if(std::begin(hands_), std::end(hands_),
+                                                   [&](const Hand &each) { return each.packet.Get() == pkt; }));
+            ExpectSound(pkt);
+        }
+    }
+
+    /// Chooses what to take from a packet of as many channels.
+    std::vector<Frame> Take()
+    {
+        if (their().channels != my().channels)
+            other_ = at_;
+        word_ = static_cast<Word>(random_.From(0, Words - 1));
+        offset_ = random_.From(0, their().size());
+        count_ = random_.From(0, their().size() - offset_);
+        return Taken(word_, their().frames, my().channels, offset_, count_);
+    }
+
+    void Apply(const Operation (&operations)[Words], pbInt idx)
+    {
+        operations[word_](my().packet.Address(), idx, their().packet.Get(), offset_, count_);
+    }
+
+    void Write()
+    {
+        const auto taken = Take();
+        if (taken.size() > my().frames.size())
+            return;
+        const pbInt idx = random_.From(0, my().size() - static_cast<pbInt>(taken.size()));
+        const bool fromItself = word_ != Zero && their().packet.Get() == object_;
+        Apply(kWrites, idx);
+        std::copy(taken.begin(), taken.end(), my().frames.begin() + idx);
+        CheckObject(!taken.empty(), fromItself);
+    }
+
+    void Insert()
+    {
+        const auto taken = Take();
+        if (my().size() > kLong)
+            return;
+        const bool fromItself = word_ != Zero && their().packet.Get() == object_;
+        pbInt idx = 0;
+        switch (random_.From(0, 2)) {
+        case 0: Apply(kPrepends, -1); break;
+        case 1: Apply(kAppends, -1), idx = my().size(); break;
+        default: Apply(kInserts, idx = random_.From(0, my().size()));
+        }
+        my().frames.insert(my().frames.begin() + idx, taken.begin(), taken.end());
+        CheckObject(!taken.empty(), fromItself);
+    }
+
+    void Delete()
+    {
+        auto &frames = my().frames;
+        const pbInt before = my().size();
+        const pbInt idx = random_.From(0, before), rest = before - idx,
+                    count = random_.From(0, random_.OneIn(3) ? rest : std::min<pbInt>(rest, 4));
+        PCM_PACKET **const pkt = my().packet.Address();
+        switch (random_.OneIn(7) ? random_.From(0, 1) : random_.From(2, 4)) {
+        case 0:
+            pcmPacketClear(pkt);
+            frames.clear();
+            break;
+        case 1:
+            pcmPacketDelOuter(pkt, idx, count);
+            frames = std::vector<Frame>(frames.begin() + idx, frames.begin() + idx + count);
+            break;
+        case 2:
+            pcmPacketDelInner(pkt, idx, count);
+            frames.erase(frames.begin() + idx, frames.begin() + idx + count);
+            break;
+        case 3:
+            pcmPacketDelLeading(pkt, count);
+            frames.erase(frames.begin(), frames.begin() + count);
+            break;
+        default: pcmPacketDelTrailing(pkt, count); frames.resize(before - count);
+        }
+        CheckObject(my().size() != before);
+    }
+
+    void SetFrames()
+    {
+        const pbInt before = my().size(), after = std::max<pbInt>(0, before + random_.From(-5, 5));
+        pcmPacketSetFrames(my().packet.Address(), after);
+        my().frames.resize(after, Frame(my().channels));
+        CheckObject(after != before);
+    }
+
+    void SetChannels()
+    {
+        const pbInt before = my().channels, after = random_.From(1, 3);
+        pcmPacketSetChannels(my().packet.Address(), after);
+        my().channels = after;
+        for (Frame &frame : my().frames)
+            frame.resize(after);
+        CheckObject(after != before);
+    }
+
+    /// The hand gets a packet that is made of its own: with the sum of its channels, or some of them.
+    void Mix()
+    {
+        pbInt after = random_.From(1, 3), mask = 0;
+        if (random_.OneIn(2)) {
+            mask = random_.From(1, (1 << my().channels) - 1);
+            after = pbIntBitCount(mask);
+        }
+        const bool changed = after != my().channels;
+        my().packet = mask ? my().packet.WithChannelMask(mask) : my().packet.WithChannels(after);
+        for (Frame &frame : my().frames) {
+            if (!changed)
+                continue;
+            Frame mixed(after);
+            pbInt to = 0;
+            for (pbInt c = 0; c < my().channels; ++c) {
+                if (mask >> c & 1)
+                    mixed[to++] = frame[c];
+                if (!mask)
+                    for (PCM_SAMPLE &sample : mixed)
+                        sample += frame[c];
+            }
+            frame = mixed;
+        }
+        my().channels = after;
+        EXPECT_EQ(my().packet.Get() != object_, changed);
+        Check();
+    }
+
+    void WriteRectangle()
+    {
+        Hand &to = my();
+        const std::vector<Frame> source = their().frames;
+        const pbInt sourceChannels = their().channels, sourceFrames = their().size();
+        const pbInt toChannel = random_.From(0, to.channels), toFrame = random_.From(0, to.size()),
+                    fromChannel = random_.From(0, sourceChannels), fromFrame = random_.From(0, sourceFrames),
+                    channels = random_.From(0, std::min(to.channels - toChannel, sourceChannels - fromChannel)),
+                    frames = random_.From(0, std::min(to.size() - toFrame, sourceFrames - fromFrame));
+        const bool sameObject = their().packet.Get() == object_;
+        if (random_.OneIn(2) || sameObject)
+            pcmPacketWriteChannels(to.packet.Address(), toChannel, toFrame, their().packet.Get(), fromChannel,
+                                   fromFrame, channels, frames);
+        else
+            to.packet.WriteChannels(toChannel, toFrame, their().packet.Samples(), fromChannel, sourceChannels,
+                                    fromFrame, channels, frames);
+        for (pbInt f = 0; f < frames; ++f)
+            for (pbInt c = 0; c < channels; ++c)
+                to.frames[toFrame + f][toChannel + c] = source[fromFrame + f][fromChannel + c];
+        CheckObject(true, sameObject);
+    }
+
+    Random &random_;
+    Hand hands_[kHands];
+    pbInt at_ = 0, other_ = 0; // the hand that edits, and the one it takes from
+    PCM_PACKET *object_ = nullptr;
+    bool shared_ = false;
+    Word word_ = All;
+    pbInt offset_ = 0, count_ = 0;
+};
+
+} // namespace
+
+TEST(PacketEdit, AgreesWithListsOfFramesHoweverPacketsAreShared)
+{
+    Random random;
+    Model model(random);
+    for (int step = 0; step < 5000 && !HasFailure(); ++step) {
+        SCOPED_TRACE("step " + std::to_string(step));
+        model.Step();
+    }
+}
+
+// What ends the process, in the order of the checks.
+
+namespace {
+
+constexpr pbInt kMost = INT64_MAX, kLeast = INT64_MIN;
+
+PCM_PACKET *watched;
+Samples watchedSamples;
+const PCM_SAMPLE *watchedBacking;
+
+/// The end by a failed check is left alone only if the packet is as it was.
+void EndOnlyIfUntouched(int)
+{
+    if (pcmPacketBacking(watched) != watchedBacking || SamplesOf(watched) != watchedSamples)
+        _exit(1);
+}
+
+void Watch(PCM_PACKET *pkt)
+{
+    watched = pkt;
+    watchedSamples = SamplesOf(pkt);
+    watchedBacking = pcmPacketBacking(pkt);
+    std::signal(SIGABRT, EndOnlyIfUntouched);
+}
+
+/// A mono packet of 3 frames, with a source of 5.
+struct Refused {
+    const char *name;
+    void (*call)(PCM_PACKET **pkt, PCM_PACKET *source, PCM_PACKET *stereo);
+    const char *expression;
+};
+
+void CheckRefused(const std::vector<Refused> &rows)
+{
+    auto pkt = MakePacket(1, {1, 2, 3});
+    const auto source = MakePacket(1, {1, 2, 3, 4, 5}), stereo = MakePacket(2, {1, 2, 3, 4, 5, 6});
+    for (const Refused &row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_ABORT_AT((Watch(pkt.Get()), row.call(pkt.Address(), source.Get(), stereo.Get())),
+                        "source/pcm/pcm_packet", row.expression);
+    }
+}
+
+PCM_PACKET *nothing = nullptr;
+
+} // namespace
+
+TEST(PacketWriteDeathTest, RefusesInTheOrderOfTheArguments)
+{
+    // clang-format off
+    CheckRefused({
+        {"no handle", [](auto, auto, auto) { pcmPacketWriteInner(nullptr, -1, nullptr, -1, -1); }, "pkt"},
+        {"no packet", [](auto, auto, auto) { pcmPacketWriteInner(&nothing, -1, nullptr, -1, -1); }, "*pkt"},
+        {"index", [](auto pkt, auto, auto) { pcmPacketWriteInner(pkt, -1, nullptr, -1, -1); }, "idx >= 0"},
+        {"no source", [](auto pkt, auto, auto) { pcmPacketWriteInner(pkt, 4, nullptr, -1, -1); }, "source"},
+        {"offset", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, 4, source, -1, -1); }, "offset >= 0"},
+        {"frames", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, 4, source, 9, -1); }, "frames >= 0"},
+        {"source sum", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, kMost, source, kMost, 1); }, "PB_INT_ADD_OK( offset, frames )"},
+        {"source range", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, kMost, source, 4, 2); }, "offset + frames <= source->frames"},
+        {"source range of none", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, kMost, source, 6, 0); }, "offset + frames <= source->frames"},
+        {"sum", [](auto pkt, auto source, auto) { pcmPacketWriteInner(pkt, kMost, source, 4, 1); }, "PB_INT_ADD_OK( idx, frames )"},
+        {"range", [](auto pkt, auto, auto stereo) { pcmPacketWriteInner(pkt, 3, stereo, 0, 1); }, "idx + frames <= (*pkt)->frames"},
+        {"range of none", [](auto pkt, auto, auto stereo) { pcmPacketWriteInner(pkt, 4, stereo, 3, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"channels of none", [](auto pkt, auto, auto stereo) { pcmPacketWriteInner(pkt, 3, stereo, 3, 0); }, "(*pkt)->channels == source->channels"},
+        {"all: source before handle", [](auto, auto, auto) { pcmPacketWrite(nullptr, 0, nullptr); }, "source"},
+        {"all: too many", [](auto pkt, auto source, auto) { pcmPacketWrite(pkt, 0, source); }, "idx + frames <= (*pkt)->frames"},
+        {"leading: handle before source", [](auto, auto, auto) { pcmPacketWriteLeading(nullptr, 0, nullptr, 0); }, "pkt"},
+        {"trailing: source before handle", [](auto, auto, auto) { pcmPacketWriteTrailing(nullptr, 0, nullptr, 0); }, "source"},
+        {"trailing: difference", [](auto, auto source, auto) { pcmPacketWriteTrailing(nullptr, 0, source, kLeast); }, "PB_INT_SUB_OK( source->frames, frames )"},
+        {"trailing: too many", [](auto pkt, auto source, auto) { pcmPacketWriteTrailing(pkt, 0, source, 6); }, "offset >= 0"},
+        {"outer: no handle", [](auto, auto, auto) { pcmPacketWriteOuter(nullptr, -1, nullptr, -1, -1); }, "pkt"},
+        {"outer: no packet", [](auto, auto, auto) { pcmPacketWriteOuter(&nothing, -1, nullptr, -1, -1); }, "*pkt"},
+        {"outer: index", [](auto pkt, auto, auto) { pcmPacketWriteOuter(pkt, -1, nullptr, -1, -1); }, "idx >= 0"},
+        {"outer: source range", [](auto pkt, auto source, auto) { pcmPacketWriteOuter(pkt, kMost, source, 5, 1); }, "offset + frames <= source->frames"},
+        {"outer: sum", [](auto pkt, auto source, auto) { pcmPacketWriteOuter(pkt, kMost, source, 0, 0); }, "PB_INT_ADD_OK( idx, source->frames - frames )"},
+        {"outer: range", [](auto pkt, auto, auto stereo) { pcmPacketWriteOuter(pkt, 2, stereo, 0, 1); }, "idx + (source->frames - frames) <= (*pkt)->frames"},
+        {"outer: channels", [](auto pkt, auto, auto stereo) { pcmPacketWriteOuter(pkt, 3, stereo, 0, 3); }, "(*pkt)->channels == source->channels"},
+        {"zero: no handle", [](auto, auto, auto) { pcmPacketWriteZero(nullptr, -1, -1); }, "pkt"},
+        {"zero: no packet", [](auto, auto, auto) { pcmPacketWriteZero(&nothing, -1, -1); }, "*pkt"},
+        {"zero: index", [](auto pkt, auto, auto) { pcmPacketWriteZero(pkt, -1, -1); }, "idx >= 0"},
+        {"zero: frames", [](auto pkt, auto, auto) { pcmPacketWriteZero(pkt, 4, -1); }, "frames >= 0"},
+        {"zero: range of none", [](auto pkt, auto, auto) { pcmPacketWriteZero(pkt, 4, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"zero: sum", [](auto pkt, auto, auto) { pcmPacketWriteZero(pkt, 1, kMost); }, "PB_INT_ADD_OK( idx, frames )"},
+        {"zero: range", [](auto pkt, auto, auto) { pcmPacketWriteZero(pkt, 2, 2); }, "idx + frames <= (*pkt)->frames"},
+    });
+    // clang-format on
+}
+
+TEST(PacketInsertDeathTest, RefusesBeforeAGapOpens)
+{
+    // clang-format off
+    CheckRefused({
+        {"no handle", [](auto, auto, auto) { pcmPacketInsertInner(nullptr, -1, nullptr, -1, -1); }, "pkt"},
+        {"no packet", [](auto, auto, auto) { pcmPacketInsertInner(&nothing, -1, nullptr, -1, -1); }, "*pkt"},
+        {"index", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, -1, nullptr, -1, -1); }, "idx >= 0"},
+        {"frames", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 4, nullptr, -1, -1); }, "frames >= 0"},
+        {"sum", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 1, nullptr, -1, kMost); }, "PB_INT_ADD_OK( idx, frames )"},
+        {"length", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 0, nullptr, -1, kMost); }, "PB_INT_ADD_OK( (*pkt)->frames, frames )"},
+        {"beyond", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 4, nullptr, -1, 1); }, "idx + frames <= (*pkt)->frames"},
+        {"no source", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 3, nullptr, -1, 1); }, "source"},
+        {"no source for none", [](auto pkt, auto, auto) { pcmPacketInsertInner(pkt, 4, nullptr, -1, 0); }, "source"},
+        {"offset", [](auto pkt, auto source, auto) { pcmPacketInsertInner(pkt, 3, source, -1, 1); }, "offset >= 0"},
+        {"source sum", [](auto pkt, auto source, auto) { pcmPacketInsertInner(pkt, 0, source, kMost, 1); }, "PB_INT_ADD_OK( offset, frames )"},
+        {"source range", [](auto pkt, auto, auto stereo) { pcmPacketInsertInner(pkt, 0, stereo, 3, 1); }, "offset + frames <= source->frames"},
+        {"source range, huge", [](auto pkt, auto source, auto) { pcmPacketInsertInner(pkt, 0, source, 0, kMost / 2); }, "offset + frames <= source->frames"},
+        {"beyond, none", [](auto pkt, auto, auto stereo) { pcmPacketInsertInner(pkt, 4, stereo, 3, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"channels", [](auto pkt, auto, auto stereo) { pcmPacketInsertInner(pkt, 3, stereo, 0, 1); }, "(*pkt)->channels == source->channels"},
+        {"channels, none", [](auto pkt, auto, auto stereo) { pcmPacketInsertInner(pkt, 3, stereo, 3, 0); }, "(*pkt)->channels == source->channels"},
+        {"outer: no handle", [](auto, auto, auto) { pcmPacketInsertOuter(nullptr, -1, nullptr, -1, -1); }, "pkt"},
+        {"outer: source before packet", [](auto, auto, auto) { pcmPacketInsertOuter(&nothing, -1, nullptr, -1, -1); }, "source"},
+        {"outer: difference", [](auto, auto source, auto) { pcmPacketInsertOuter(&nothing, -1, source, -1, kLeast); }, "PB_INT_SUB_OK( source->frames, frames )"},
+        {"outer: no packet", [](auto, auto source, auto) { pcmPacketInsertOuter(&nothing, -1, source, -1, 6); }, "*pkt"},
+        {"outer: index", [](auto pkt, auto source, auto) { pcmPacketInsertOuter(pkt, -1, source, -1, 6); }, "idx >= 0"},
+        {"outer: too many", [](auto pkt, auto source, auto) { pcmPacketInsertOuter(pkt, 4, source, -1, 6); }, "frames >= 0"},
+        {"outer: beyond", [](auto pkt, auto source, auto) { pcmPacketInsertOuter(pkt, 4, source, -1, -1); }, "idx + frames <= (*pkt)->frames"},
+        {"outer: offset", [](auto pkt, auto source, auto) { pcmPacketInsertOuter(pkt, 3, source, -1, -1); }, "offset >= 0"},
+        {"outer: frames", [](auto pkt, auto source, auto) { pcmPacketInsertOuter(pkt, 3, source, 0, -kMost / 4); }, "frames >= 0"},
+        {"outer: source range", [](auto pkt, auto, auto stereo) { pcmPacketInsertOuter(pkt, 3, stereo, 2, 2); }, "offset + frames <= source->frames"},
+        {"outer: channels", [](auto pkt, auto, auto stereo) { pcmPacketInsertOuter(pkt, 3, stereo, 0, 3); }, "(*pkt)->channels == source->channels"},
+        {"zero: no handle", [](auto, auto, auto) { pcmPacketInsertZero(nullptr, -1, -1); }, "pkt"},
+        {"zero: no packet", [](auto, auto, auto) { pcmPacketInsertZero(&nothing, -1, -1); }, "*pkt"},
+        {"zero: frames", [](auto pkt, auto, auto) { pcmPacketInsertZero(pkt, 4, -1); }, "frames >= 0"},
+        {"zero: beyond", [](auto pkt, auto, auto) { pcmPacketInsertZero(pkt, 4, 1); }, "idx + frames <= (*pkt)->frames"},
+        {"zero: beyond, huge", [](auto pkt, auto, auto) { pcmPacketInsertZero(pkt, 4, kMost / 2); }, "idx + frames <= (*pkt)->frames"},
+        {"zero: beyond, none", [](auto pkt, auto, auto) { pcmPacketInsertZero(pkt, 4, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"zero: bytes", [](auto pkt, auto, auto) { pcmPacketInsertZero(pkt, 3, kMost / 2); }, "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )"},
+        {"all: source first", [](auto, auto, auto) { pcmPacketInsert(nullptr, 0, nullptr); }, "source"},
+        {"leading: source first", [](auto, auto, auto) { pcmPacketInsertLeading(nullptr, 0, nullptr, 0); }, "source"},
+        {"leading: too many", [](auto pkt, auto source, auto) { pcmPacketPrependLeading(pkt, source, 6); }, "offset + frames <= source->frames"},
+        {"trailing: source first", [](auto, auto, auto) { pcmPacketInsertTrailing(nullptr, 0, nullptr, 0); }, "source"},
+        {"trailing: difference", [](auto, auto source, auto) { pcmPacketInsertTrailing(nullptr, 0, source, kLeast); }, "PB_INT_SUB_OK( source->frames, frames )"},
+        {"trailing: too many", [](auto pkt, auto source, auto) { pcmPacketPrependTrailing(pkt, source, 6); }, "offset >= 0"},
+        {"prepend: source first", [](auto, auto, auto) { pcmPacketPrepend(nullptr, nullptr); }, "source"},
+        {"prepend inner: handle first", [](auto, auto, auto) { pcmPacketPrependInner(nullptr, nullptr, -1, -1); }, "pkt"},
+        {"append: handle first", [](auto, auto, auto) { pcmPacketAppend(nullptr, nullptr); }, "pkt"},
+        {"append: packet next", [](auto, auto, auto) { pcmPacketAppend(&nothing, nullptr); }, "*pkt"},
+        {"append: then source", [](auto pkt, auto, auto) { pcmPacketAppend(pkt, nullptr); }, "source"},
+        {"append inner: handle first", [](auto, auto, auto) { pcmPacketAppendInner(nullptr, nullptr, -1, -1); }, "pkt"},
+        {"append leading: packet next", [](auto, auto, auto) { pcmPacketAppendLeading(&nothing, nullptr, -1); }, "*pkt"},
+        {"append trailing: packet next", [](auto, auto, auto) { pcmPacketAppendTrailing(&nothing, nullptr, -1); }, "*pkt"},
+        {"append outer: packet next", [](auto, auto, auto) { pcmPacketAppendOuter(&nothing, nullptr, -1, -1); }, "*pkt"},
+        {"append zero: handle first", [](auto, auto, auto) { pcmPacketAppendZero(nullptr, -1); }, "pkt"},
+        {"append zero: packet next", [](auto, auto, auto) { pcmPacketAppendZero(&nothing, -1); }, "*pkt"},
+    });
+    // clang-format on
+    pcm::Packet wide(pbInt{1} << 62), wider(pbInt{1} << 60);
+    EXPECT_ABORT(wide.AppendZero(1), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    EXPECT_ABORT(wider.SetFrames(2), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    wide.AppendZero(0);
+    wide.Append(wide);
+}
+
+TEST(PacketDelDeathTest, RefusesWhatIsNotThere)
+{
+    // clang-format off
+    CheckRefused({
+        {"no handle", [](auto, auto, auto) { pcmPacketDelInner(nullptr, -1, -1); }, "pkt"},
+        {"no packet", [](auto, auto, auto) { pcmPacketDelInner(&nothing, -1, -1); }, "*pkt"},
+        {"index", [](auto pkt, auto, auto) { pcmPacketDelInner(pkt, -1, -1); }, "idx >= 0"},
+        {"frames", [](auto pkt, auto, auto) { pcmPacketDelInner(pkt, 4, -1); }, "frames >= 0"},
+        {"range of none", [](auto pkt, auto, auto) { pcmPacketDelInner(pkt, 4, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"sum", [](auto pkt, auto, auto) { pcmPacketDelInner(pkt, 1, kMost); }, "PB_INT_ADD_OK( idx, frames )"},
+        {"range", [](auto pkt, auto, auto) { pcmPacketDelInner(pkt, 1, 3); }, "idx + frames <= (*pkt)->frames"},
+        {"outer: no handle", [](auto, auto, auto) { pcmPacketDelOuter(nullptr, -1, -1); }, "pkt"},
+        {"outer: index", [](auto pkt, auto, auto) { pcmPacketDelOuter(pkt, -1, -1); }, "idx >= 0"},
+        {"outer: range of none", [](auto pkt, auto, auto) { pcmPacketDelOuter(pkt, 4, 0); }, "idx + frames <= (*pkt)->frames"},
+        {"outer: sum", [](auto pkt, auto, auto) { pcmPacketDelOuter(pkt, 1, kMost); }, "PB_INT_ADD_OK( idx, frames )"},
+        {"leading", [](auto pkt, auto, auto) { pcmPacketDelLeading(pkt, 4); }, "idx + frames <= (*pkt)->frames"},
+        {"trailing: no handle", [](auto, auto, auto) { pcmPacketDelTrailing(nullptr, -1); }, "pkt"},
+        {"trailing: no packet", [](auto, auto, auto) { pcmPacketDelTrailing(&nothing, -1); }, "*pkt"},
+        {"trailing: difference", [](auto pkt, auto, auto) { pcmPacketDelTrailing(pkt, kLeast); }, "PB_INT_SUB_OK( (*pkt)->frames, frames )"},
+        {"trailing: too many", [](auto pkt, auto, auto) { pcmPacketDelTrailing(pkt, 4); }, "idx >= 0"},
+        {"trailing: frames", [](auto pkt, auto, auto) { pcmPacketDelTrailing(pkt, -1); }, "frames >= 0"},
+        {"set: no handle", [](auto, auto, auto) { pcmPacketSetFrames(nullptr, -1); }, "pkt"},
+        {"set: no packet", [](auto, auto, auto) { pcmPacketSetFrames(&nothing, -1); }, "*pkt"},
+        {"set: frames", [](auto pkt, auto, auto) { pcmPacketSetFrames(pkt, -1); }, "frames >= 0"},
+    });
+    // clang-format on
 }

@@ -221,28 +221,43 @@ public:
     /// What is written or inserted is all of the source or a part of it, or silence (pcm_packet.h).
     // clang-format off
     void Write(pbInt idx, const Packet &source) { pcmPacketWrite(Address(), idx, source.Get()); }
-    void WriteInner(pbInt idx, const Packet &source, pbInt offset, pbInt frames) { pcmPacketWriteInner(Address(), idx, source.Get(), offset, frames); }
-    void WriteOuter(pbInt idx, const Packet &source, pbInt offset, pbInt frames) { pcmPacketWriteOuter(Address(), idx, source.Get(), offset, frames); }
-    void WriteLeading(pbInt idx, const Packet &source, pbInt frames) { pcmPacketWriteLeading(Address(), idx, source.Get(), frames); }
-    void WriteTrailing(pbInt idx, const Packet &source, pbInt frames) { pcmPacketWriteTrailing(Address(), idx, source.Get(), frames); }
+    void WriteInner(pbInt idx, const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketWriteInner(Address(), idx, source.Get(), offset, frames); }
+    void WriteOuter(pbInt idx, const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketWriteOuter(Address(), idx, source.Get(), offset, frames); }
+    void WriteLeading(pbInt idx, const Packet &source, pbInt frames)
+    { pcmPacketWriteLeading(Address(), idx, source.Get(), frames); }
+    void WriteTrailing(pbInt idx, const Packet &source, pbInt frames)
+    { pcmPacketWriteTrailing(Address(), idx, source.Get(), frames); }
     void WriteZero(pbInt idx, pbInt frames) { pcmPacketWriteZero(Address(), idx, frames); }
     void Insert(pbInt idx, const Packet &source) { pcmPacketInsert(Address(), idx, source.Get()); }
-    void InsertInner(pbInt idx, const Packet &source, pbInt offset, pbInt frames) { pcmPacketInsertInner(Address(), idx, source.Get(), offset, frames); }
-    void InsertOuter(pbInt idx, const Packet &source, pbInt offset, pbInt frames) { pcmPacketInsertOuter(Address(), idx, source.Get(), offset, frames); }
-    void InsertLeading(pbInt idx, const Packet &source, pbInt frames) { pcmPacketInsertLeading(Address(), idx, source.Get(), frames); }
-    void InsertTrailing(pbInt idx, const Packet &source, pbInt frames) { pcmPacketInsertTrailing(Address(), idx, source.Get(), frames); }
+    void InsertInner(pbInt idx, const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketInsertInner(Address(), idx, source.Get(), offset, frames); }
+    void InsertOuter(pbInt idx, const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketInsertOuter(Address(), idx, source.Get(), offset, frames); }
+    void InsertLeading(pbInt idx, const Packet &source, pbInt frames)
+    { pcmPacketInsertLeading(Address(), idx, source.Get(), frames); }
+    void InsertTrailing(pbInt idx, const Packet &source, pbInt frames)
+    { pcmPacketInsertTrailing(Address(), idx, source.Get(), frames); }
     void InsertZero(pbInt idx, pbInt frames) { pcmPacketInsertZero(Address(), idx, frames); }
     void Prepend(const Packet &source) { pcmPacketPrepend(Address(), source.Get()); }
-    void PrependInner(const Packet &source, pbInt offset, pbInt frames) { pcmPacketPrependInner(Address(), source.Get(), offset, frames); }
-    void PrependOuter(const Packet &source, pbInt offset, pbInt frames) { pcmPacketPrependOuter(Address(), source.Get(), offset, frames); }
-    void PrependLeading(const Packet &source, pbInt frames) { pcmPacketPrependLeading(Address(), source.Get(), frames); }
-    void PrependTrailing(const Packet &source, pbInt frames) { pcmPacketPrependTrailing(Address(), source.Get(), frames); }
+    void PrependInner(const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketPrependInner(Address(), source.Get(), offset, frames); }
+    void PrependOuter(const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketPrependOuter(Address(), source.Get(), offset, frames); }
+    void PrependLeading(const Packet &source, pbInt frames)
+    { pcmPacketPrependLeading(Address(), source.Get(), frames); }
+    void PrependTrailing(const Packet &source, pbInt frames)
+    { pcmPacketPrependTrailing(Address(), source.Get(), frames); }
     void PrependZero(pbInt frames) { pcmPacketPrependZero(Address(), frames); }
     void Append(const Packet &source) { pcmPacketAppend(Address(), source.Get()); }
-    void AppendInner(const Packet &source, pbInt offset, pbInt frames) { pcmPacketAppendInner(Address(), source.Get(), offset, frames); }
-    void AppendOuter(const Packet &source, pbInt offset, pbInt frames) { pcmPacketAppendOuter(Address(), source.Get(), offset, frames); }
+    void AppendInner(const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketAppendInner(Address(), source.Get(), offset, frames); }
+    void AppendOuter(const Packet &source, pbInt offset, pbInt frames)
+    { pcmPacketAppendOuter(Address(), source.Get(), offset, frames); }
     void AppendLeading(const Packet &source, pbInt frames) { pcmPacketAppendLeading(Address(), source.Get(), frames); }
-    void AppendTrailing(const Packet &source, pbInt frames) { pcmPacketAppendTrailing(Address(), source.Get(), frames); }
+    void AppendTrailing(const Packet &source, pbInt frames)
+    { pcmPacketAppendTrailing(Address(), source.Get(), frames); }
     void AppendZero(pbInt frames) { pcmPacketAppendZero(Address(), frames); }
     void DelInner(pbInt idx, pbInt frames) { pcmPacketDelInner(Address(), idx, frames); }
     void DelOuter(pbInt idx, pbInt frames) { pcmPacketDelOuter(Address(), idx, frames); }
@@ -250,6 +265,27 @@ public:
     void DelTrailing(pbInt frames) { pcmPacketDelTrailing(Address(), frames); }
     void SetFrames(pbInt frames) { pcmPacketSetFrames(Address(), frames); }
     // clang-format on
+
+    void SetChannels(pbInt channels) { pcmPacketSetChannels(Address(), channels); }
+    Packet WithChannels(pbInt channels) const { return Adopt(pcmPacketCreateFromWithChannels(Get(), channels)); }
+    Packet WithChannelMask(pbInt channelMask) const
+    {
+        return Adopt(pcmPacketCreateFromWithChannelMask(Get(), channelMask));
+    }
+    /// The array's samples reach at least to the end of the rectangle.
+    void WriteChannels(pbInt destChannelOffset, pbInt destFrameOffset, std::span<const PCM_SAMPLE> source,
+                       pbInt sourceChannelOffset, pbInt sourceChannelCount, pbInt sourceFrameOffset, pbInt channels,
+                       pbInt frames)
+    {
+        pcmPacketWriteChannelsSamples(Address(), destChannelOffset, destFrameOffset, source.data(), sourceChannelOffset,
+                                      sourceChannelCount, sourceFrameOffset, channels, frames);
+    }
+    void WriteChannels(pbInt destChannelOffset, pbInt destFrameOffset, const Packet &source, pbInt sourceChannelOffset,
+                       pbInt sourceFrameOffset, pbInt channels, pbInt frames)
+    {
+        pcmPacketWriteChannels(Address(), destChannelOffset, destFrameOffset, source.Get(), sourceChannelOffset,
+                               sourceFrameOffset, channels, frames);
+    }
 
 private:
     std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }

@@ -150,6 +150,72 @@ PCM_API void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames);
 /** Gives the packet exactly so many frames: drops the last ones or appends silence. */
 PCM_API void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames);
 
+/* Channel layout: the channels of a packet. */
+
+/**
+   Gives the packet so many channels: keeps the first ones, drops those above, fills new ones with silence.
+
+   @param pkt       in-out handle; a shared packet is replaced there by a new one, unless it has so many channels
+   already
+   @param channels  at least 1
+
+   Ends the process when pkt or *pkt is null, channels is out of range, or 64 bits cannot count the bytes of the result.
+*/
+PCM_API void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels);
+
+/**
+   Makes a packet in every channel of which is the sum of all channels of the source, frame by frame: added to +0.0 in
+   the order of the channels, in single precision, not divided and not clamped.
+
+   @param source    read only
+   @param channels  at least 1
+   @return a reference, owned by the caller: to the source itself if it has so many channels, else to a new packet
+
+   Ends the process when source is null, channels is out of range, or 64 bits cannot count the bytes of the result.
+*/
+PCM_API PCM_PACKET *pcmPacketCreateFromWithChannels(PCM_PACKET *source, pbInt channels);
+
+/**
+   Makes a packet of some channels of the source, in their order there.
+
+   @param source       read only
+   @param channelMask  bit i, of value 2 to the power i, selects channel i; not 0. Bit 63 is the sign.
+   @return a reference, owned by the caller: to the source itself if all channels are selected, else to a new packet
+
+   Ends the process when source is null, or the mask is 0 or selects a channel that the source does not have.
+*/
+PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt channelMask);
+
+/**
+   Overwrites a rectangle of channels x frames: sample (destFrameOffset + f, destChannelOffset + c) of the packet
+   becomes sample (sourceFrameOffset + f, sourceChannelOffset + c) of an array. Other samples stay.
+
+   @param pkt                 in-out handle; a shared packet is first replaced there by a private copy, also when the
+                              rectangle is empty
+   @param source              interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
+                              the packet: one channel after another is then copied, each from its first frame on.
+   @param sourceChannelCount  channels of a frame of the array
+
+   Ends the process when pkt, *pkt or, with frames, source is null, a count or offset is negative, the rectangle does
+   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to its
+   end.
+*/
+PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
+                                           const PCM_SAMPLE *source, pbInt sourceChannelOffset,
+                                           pbInt sourceChannelCount, pbInt sourceFrameOffset, pbInt channels,
+                                           pbInt frames);
+
+/**
+   As pcmPacketWriteChannelsSamples from a packet.
+
+   @param source  read only; may be the packet in the handle, and is then taken as it was before the call
+
+   Ends the process also when source is null or does not have the frames asked for.
+*/
+PCM_API void pcmPacketWriteChannels(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
+                                    PCM_PACKET *source, pbInt sourceChannelOffset, pbInt sourceFrameOffset,
+                                    pbInt channels, pbInt frames);
+
 /* Bytes in and out. The layout of the bytes is that of the encoding (pcm_encoding.h, pcm_convert.h), frame after frame
    without headers or gaps. */
 

@@ -1,4 +1,5 @@
 // The packet: frames in one block, edited in place while nobody else looks, else in a copy.
+#include "pcm_interleave.h"
 #include "pcm_object.h"
 
 #include <pcm/pcm_convert.h>
@@ -8,6 +9,8 @@
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 
+#include <bit>
+#include <functional>
 #include <utility>
 
 using pcm::AsObj;
@@ -520,6 +523,191 @@ void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames)
         pcmPacketDelOuter(pkt, 0, frames); // clears for 0
     else
         pcmPacketAppendZero(pkt, frames - (*pkt)->frames); // nothing for 0
+}
+
+// Channel layout: frames of more or fewer channels are built in a new block; a rectangle of channels x frames is
+// written where it belongs.
+
+namespace {
+
+/// A new packet to be filled at once.
+Ref<PCM_PACKET> CreateUnfilled(pbInt channels, pbInt frames)
+{
+    auto pkt = CreateWith(channels, frames, AllocFrames(channels, frames));
+    Report(pkt.get());
+    return pkt;
+}
+
+/// The frames with as many channels as there are in dest: the ones that both have, and silence.
+void CopyWithChannels(PCM_SAMPLE *dest, pbInt channels, PCM_PACKET *source)
+{
+    const pbInt both = channels < source->channels ? channels : source->channels;
+    if (channels > pcm::ChannelMap::kChannels) {
+        if (channels > both)
+            pcm___SamplesZero(dest, channels * source->frames);
+        return pcm::CopyChannels(dest, channels, source->backing, source->channels, both, source->frames);
+    }
+    pcm::ChannelMap map;
+    for (pbInt c = 0; c < channels; ++c)
+        map.Add(c < both ? c : -1);
+    pcm::PickChannels(dest, map, source->backing, source->channels, source->frames);
+}
+
+/// Every channel of a frame becomes the frame's sample of the mono source.
+void Repeat(PCM_SAMPLE *dest, pbInt channels, const PCM_SAMPLE *source, pbInt frames)
+{
+    if (channels > pcm::ChannelMap::kChannels) {
+        for (pbInt c = 0; c < channels; ++c)
+            pcm___SamplesChannelCopy(dest, c, channels, source, 0, 1, frames);
+        return;
+    }
+    pcm::ChannelMap map;
+    while (map.channels < channels)
+        map.Add(0);
+    pcm::PickChannels(dest, map, source, 1, frames);
+}
+
+pbInt HighestChannel(pbInt channelMask)
+{
+    return 63 - std::countl_zero(static_cast<uint64_t>(channelMask));
+}
+
+/// Whether two runs of samples have none in common.
+bool Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples)
+{
+    const std::less_equal<> notAfter; // a total order, also across arrays
+    return notAfter(a + aSamples, b) || notAfter(b + bSamples, a);
+}
+
+} // namespace
+
+void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(channels > 0);
+    PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
+
+    const pbInt frames = (*pkt)->frames;
+    if (channels == (*pkt)->channels)
+        return;
+    CheckSize(channels, frames);
+
+    PCM_SAMPLE *backing = nullptr;
+    if (frames) {
+        backing = AllocFrames(channels, frames);
+        CopyWithChannels(backing, channels, *pkt);
+    }
+    pcm::MakePrivate(pkt, [channels](PCM_PACKET *) { return pcmPacketCreate(channels); });
+    pbMemFree((*pkt)->backing);
+    (*pkt)->channels = channels;
+    (*pkt)->frames = frames;
+    (*pkt)->backing = backing;
+    Report(*pkt);
+}
+
+PCM_PACKET *pcmPacketCreateFromWithChannels(PCM_PACKET *source, pbInt channels)
+{
+    PB_ASSERT(source);
+    PB_ASSERT(channels > 0);
+
+    if (channels == source->channels)
+        return Ref<PCM_PACKET>::Share(source).Detach();
+    PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
+    if (source->frames)
+        PB_ASSERT(PB_INT_MUL_OK( source->frames, channels * PB_SIZEOF( PCM_SAMPLE ) ));
+
+    auto pkt = CreateUnfilled(channels, source->frames);
+    if (channels == 1) {
+        pcm::SumChannels(pkt->backing, source->backing, source->channels, source->frames);
+        return pkt.Detach();
+    }
+    constexpr pbInt kRun = 1024;
+    PCM_SAMPLE sums[kRun];
+    for (pbInt done = 0; done < source->frames; done += kRun) {
+        const pbInt run = pbIntMin(kRun, source->frames - done);
+        pcm::SumChannels(sums, FrameAt(source, done), source->channels, run);
+        Repeat(FrameAt(pkt.get(), done), channels, sums, run);
+    }
+    return pkt.Detach();
+}
+
+PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt channelMask)
+{
+    PB_ASSERT(source);
+    PB_ASSERT(channelMask);
+    PB_ASSERT(HighestChannel(channelMask) < source->channels);
+
+    const pbInt channels = pbIntBitCount(channelMask);
+    if (channels == source->channels)
+        return Ref<PCM_PACKET>::Share(source).Detach();
+    pcm::ChannelMap map;
+    for (pbInt c = 0; c <= HighestChannel(channelMask); ++c)
+        if (channelMask >> c & 1)
+            map.Add(c);
+    auto pkt = CreateUnfilled(channels, source->frames);
+    pcm::PickChannels(pkt->backing, map, source->backing, source->channels, source->frames);
+    return pkt.Detach();
+}
+
+void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
+                                   const PCM_SAMPLE *source, pbInt sourceChannelOffset, pbInt sourceChannelCount,
+                                   pbInt sourceFrameOffset, pbInt channels, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(destChannelOffset >= 0);
+    if (channels > 0)
+        PB_ASSERT(PB_INT_ADD_OK( destChannelOffset, channels ));
+    PB_ASSERT(destChannelOffset + channels <= (*pkt)->channels);
+    PB_ASSERT(destFrameOffset >= 0);
+    if (frames > 0)
+        PB_ASSERT(PB_INT_ADD_OK( destFrameOffset, frames ));
+    PB_ASSERT(destFrameOffset + frames <= (*pkt)->frames);
+    PB_ASSERT(source || !frames);
+    PB_ASSERT(sourceChannelOffset >= 0);
+    if (channels > 0)
+        PB_ASSERT(PB_INT_ADD_OK( sourceChannelOffset, channels ));
+    PB_ASSERT(sourceChannelOffset + channels <= sourceChannelCount);
+    PB_ASSERT(sourceFrameOffset >= 0);
+    if (frames > 0)
+        PB_ASSERT(PB_INT_ADD_OK( sourceFrameOffset, frames ));
+    PB_ASSERT(channels >= 0);
+    PB_ASSERT(frames >= 0);
+    const bool empty = channels == 0 || frames == 0;
+    if (!empty) {
+        PB_ASSERT(PB_INT_MUL_OK( sourceChannelCount, PB_SIZEOF( PCM_SAMPLE ) ));
+        PB_ASSERT(PB_INT_MUL_OK( sourceFrameOffset + frames, sourceChannelCount * PB_SIZEOF( PCM_SAMPLE ) ));
+    }
+
+    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    if (empty)
+        return;
+    const pbInt destChannels = (*pkt)->channels;
+    PCM_SAMPLE *const dest = FrameAt(*pkt, destFrameOffset);
+    source += sourceFrameOffset * sourceChannelCount;
+    // From the first sample of the rectangle to its last.
+    const pbInt destSamples = (frames - 1) * destChannels + channels;
+    const pbInt sourceSamples = (frames - 1) * sourceChannelCount + channels;
+    if (Apart(dest + destChannelOffset, destSamples, source + sourceChannelOffset, sourceSamples))
+        return pcm::CopyChannels(dest + destChannelOffset, destChannels, source + sourceChannelOffset,
+                                 sourceChannelCount, channels, frames);
+    for (pbInt c = 0; c < channels; ++c)
+        pcm___SamplesChannelCopy(dest, destChannelOffset + c, destChannels, source, sourceChannelOffset + c,
+                                 sourceChannelCount, frames);
+}
+
+void pcmPacketWriteChannels(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset, PCM_PACKET *source,
+                            pbInt sourceChannelOffset, pbInt sourceFrameOffset, pbInt channels, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(source);
+    PB_ASSERT(PB_INT_ADD_OK( sourceFrameOffset, frames ));
+    PB_ASSERT(sourceFrameOffset + frames <= source->frames);
+
+    const auto kept = pcm::KeepIfSame(*pkt, source);
+    pcmPacketWriteChannelsSamples(pkt, destChannelOffset, destFrameOffset, source->backing, sourceChannelOffset,
+                                  source->channels, sourceFrameOffset, channels, frames);
 }
 
 // Bytes in and out: the frames of a buffer are one run of samples for the conversion.
