@@ -6,12 +6,14 @@
 #define PCM_H
 
 #include <pcm/pcm_base.h>
+#include <pcm/pcm_channels.h>
 #include <pcm/pcm_convert.h>
 #include <pcm/pcm_decibel.h>
 #include <pcm/pcm_dual_tone.h>
 #include <pcm/pcm_encoding.h>
 #include <pcm/pcm_filter_coefficients.h>
 #include <pcm/pcm_filter_type.h>
+#include <pcm/pcm_frames.h>
 #include <pcm/pcm_level.h>
 #include <pcm/pcm_modulated_tone.h>
 #include <pcm/pcm_module.h>

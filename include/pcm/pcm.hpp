@@ -217,6 +217,10 @@ public:
 
     void Clear() { pcmPacketClear(Address()); }
     void LevelAdjust(pbReal decibel) { pcmLevelAdjust(Address(), decibel); }
+    void ChannelsAdjustReplaceWithDownmix(pbInt channels) { pcmChannelsAdjustReplaceWithDownmix(Address(), channels); }
+    void ChannelsAdjustExpandWithDownmix(pbInt channels) { pcmChannelsAdjustExpandWithDownmix(Address(), channels); }
+    void FramesExtend(pbInt mult) { pcmFramesExtend(Address(), mult); }
+    void FramesReduce(pbInt div) { pcmFramesReduce(Address(), div); }
 
     /// What is written or inserted is all of the source or a part of it, or silence (pcm_packet.h).
     // clang-format off

@@ -9,6 +9,7 @@
 #include <pb/pb_mem.h>
 #include <pb/pb_vector.h>
 
+#include <algorithm>
 #include <utility>
 
 using pcm::Ref;
@@ -80,7 +81,7 @@ template <Lay lay> void Take(PCM_PACKET_QUEUE **queue, PCM_SAMPLE *dest, pbInt f
     (*queue)->frames -= frames;
     while (frames) {
         BeginPacket(queue);
-        const pbInt rest = Rest(*queue), n = pbIntMin(rest, frames);
+        const pbInt rest = Rest(*queue), n = std::min(rest, frames);
         if (n) { // a packet without frames has no samples to point at
             const PCM_SAMPLE *source = pcmPacketBacking((*queue)->currentPacket);
             const pbInt channels = (*queue)->channels;
