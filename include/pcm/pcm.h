@@ -11,6 +11,7 @@
 #include <pcm/pcm_decibel.h>
 #include <pcm/pcm_dual_tone.h>
 #include <pcm/pcm_encoding.h>
+#include <pcm/pcm_filter.h>
 #include <pcm/pcm_filter_coefficients.h>
 #include <pcm/pcm_filter_type.h>
 #include <pcm/pcm_frames.h>

@@ -39,6 +39,11 @@ template <> struct Reference<PCM_PACKET_QUEUE> {
     static void Release(PCM_PACKET_QUEUE *object) { pcmPacketQueueRelease(object); }
 };
 
+template <> struct Reference<PCM_FILTER> {
+    static void Retain(PCM_FILTER *object) { pcmFilterRetain(object); }
+    static void Release(PCM_FILTER *object) { pcmFilterRelease(object); }
+};
+
 template <> struct Reference<PCM_FILTER_COEFFICIENTS> {
     static void Retain(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRetain(object); }
     static void Release(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRelease(object); }
@@ -347,6 +352,36 @@ public:
     std::span<const PCM_SAMPLE> Taps() const
     {
         return {pcmFilterCoefficientsBacking(Get()), static_cast<std::size_t>(Length())};
+    }
+};
+
+/// A stream through an FIR filter: packets in, the same frames out, filtered.
+class Filter : public Handle<PCM_FILTER> {
+public:
+    PCM_HANDLE(Filter, PCM_FILTER)
+    Filter(const FilterCoefficients &coefficients, pbInt channels)
+        : Filter(pcmFilterCreate(coefficients.Get(), channels), 0)
+    {
+    }
+
+    FilterCoefficients Coefficients() const { return FilterCoefficients::Adopt(pcmFilterCoefficients(Get())); }
+    pbInt Channels() const { return pcmFilterChannels(Get()); }
+    pbInt Packets() const { return pcmFilterPackets(Get()); }
+    pbInt Frames() const { return pcmFilterFrames(Get()); }
+
+    void Reset() { pcmFilterReset(Address()); }
+    void Write(const Packet &pkt) { pcmFilterWrite(Address(), pkt.Get()); }
+    Packet Read() { return Packet::Adopt(pcmFilterRead(Address())); }
+    Packet Gather(pbInt frames) { return Packet::Adopt(pcmFilterGather(Address(), frames)); }
+
+    /// Fills the span with whole frames; what is beyond the last of them stays as it is.
+    void GatherSamples(std::span<PCM_SAMPLE> dest)
+    {
+        pcmFilterGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+    }
+    void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
+    {
+        pcmFilterGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
     }
 };
 

@@ -1,0 +1,176 @@
+// The filter: a packet written and read back, beside as many fused multiply-adds as the processor can do at best, the
+// plain loop over a ring, and other libraries' filters.
+#include "support.h"
+
+#include <pcm/pcm.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
+#ifdef PCM_BENCH_LIQUID
+#include <complex>
+#include <liquid/liquid.h>
+#endif
+
+namespace {
+
+// The best that the multipliers can do: independent sums, nothing loaded or stored.
+
+constexpr int kSums = 12;
+
+#ifdef __x86_64__
+__attribute__((target("avx512f"))) void Peak512(std::size_t steps)
+{
+    __m512 sums[kSums] = {}, factor = _mm512_set1_ps(0.5f);
+    benchmark::DoNotOptimize(factor);
+    for (std::size_t i = 0; i < steps; i += 16 * kSums)
+        for (__m512 &sum : sums)
+            sum = _mm512_fmadd_ps(sum, factor, factor);
+    for (__m512 &sum : sums)
+        benchmark::DoNotOptimize(sum);
+}
+
+__attribute__((target("avx2,fma"))) void Peak256(std::size_t steps)
+{
+    __m256 sums[kSums] = {}, factor = _mm256_set1_ps(0.5f);
+    benchmark::DoNotOptimize(factor);
+    for (std::size_t i = 0; i < steps; i += 8 * kSums)
+        for (__m256 &sum : sums)
+            sum = _mm256_fmadd_ps(sum, factor, factor);
+    for (__m256 &sum : sums)
+        benchmark::DoNotOptimize(sum);
+}
+#endif
+
+void PeakPlain(std::size_t steps)
+{
+    std::array<float, 4 *kSums> sums = {};
+    float factor = 0.5f;
+    benchmark::DoNotOptimize(factor);
+    for (std::size_t i = 0; i < steps; i += sums.size())
+        for (float &sum : sums)
+            sum = std::fma(sum, factor, factor);
+    benchmark::DoNotOptimize(sums);
+}
+
+/// Adds the row of so many fused multiply-adds. @return its name, to be a yardstick
+std::string Peak(std::size_t steps)
+{
+    const std::string name = std::string("fma/").append(std::to_string(steps));
+    auto *peak = PeakPlain;
+#ifdef __x86_64__
+    if (__builtin_cpu_supports("avx512f"))
+        peak = Peak512;
+    else if (__builtin_cpu_supports("fma") && __builtin_cpu_supports("avx2"))
+        peak = Peak256;
+#endif
+    AddRow(name, "", [peak, steps](benchmark::State &state) {
+        for (auto _ : state)
+            peak(steps);
+    });
+    return name;
+}
+
+/// The definition, word for word.
+class Ring {
+public:
+    Ring(std::span<const float> taps, std::size_t channels)
+        : taps_(taps), channels_(channels), rows_(taps.size() * channels)
+    {
+    }
+
+    void Filter(float *dest, const float *source, std::size_t frames)
+    {
+#ifdef __x86_64__
+        if (__builtin_cpu_supports("fma"))
+            return WalkFused(dest, source, frames);
+#endif
+        Walk(dest, source, frames);
+    }
+
+private:
+#ifdef __x86_64__
+    __attribute__((target("fma"))) void WalkFused(float *dest, const float *source, std::size_t frames)
+    {
+        Walk(dest, source, frames);
+    }
+#endif
+
+    [[gnu::always_inline]] void Walk(float *dest, const float *source, std::size_t frames)
+    {
+        const std::size_t length = taps_.size();
+        for (std::size_t i = 0; i < frames; ++i) {
+            std::copy_n(source + i * channels_, channels_, &rows_[next_ * channels_]);
+            next_ = (next_ + 1) % length;
+            for (std::size_t c = 0; c < channels_; ++c) {
+                float sum = 0.0f;
+                for (std::size_t k = 0; k < length; ++k)
+                    sum = __builtin_fmaf(taps_[length - 1 - k], rows_[(next_ + k) % length * channels_ + c], sum);
+                dest[i * channels_ + c] = sum < -1.0f ? -1.0f : sum > 1.0f ? 1.0f : sum;
+            }
+        }
+    }
+
+    std::span<const float> taps_;
+    std::size_t channels_, next_ = 0;
+    std::vector<float> rows_;
+};
+
+void AddRows(PCM_FILTER_TYPE type, pbInt taps, pbInt channels, pbInt frames)
+{
+    const auto samples = static_cast<std::size_t>(channels * frames);
+    const std::string peak = Peak(samples * static_cast<std::size_t>(taps));
+    std::string job = "/";
+    job.append(std::to_string(taps)).append(" taps/").append(std::to_string(channels)).append("ch/");
+    job.append(std::to_string(frames));
+
+    AddRow("filter" + job, peak, [=](benchmark::State &state) {
+        pcm::Filter filter(pcm::FilterCoefficients(type), channels);
+        const pcm::Packet pkt(Noise(samples), channels);
+        for (auto _ : state) {
+            filter.Write(pkt);
+            benchmark::DoNotOptimize(filter.Read().Samples().data());
+        }
+    });
+    AddRow("plain ring" + job, peak, [=](benchmark::State &state) {
+        const pcm::FilterCoefficients set(type);
+        Ring ring(set.Taps(), static_cast<std::size_t>(channels));
+        const std::vector<float> source = Noise(samples);
+        std::vector<float> dest(samples);
+        for (auto _ : state) {
+            ring.Filter(dest.data(), source.data(), static_cast<std::size_t>(frames));
+            benchmark::ClobberMemory();
+        }
+    });
+#ifdef PCM_BENCH_LIQUID
+    if (channels == 1)
+        AddRow("liquid-dsp" + job, peak, [=](benchmark::State &state) {
+            std::vector<float> source = Noise(samples), dest(samples);
+            const pcm::FilterCoefficients set(type);
+            std::vector<float> h(set.Taps().begin(), set.Taps().end());
+            firfilt_rrrf filter = firfilt_rrrf_create(h.data(), static_cast<unsigned>(taps));
+            for (auto _ : state) {
+                firfilt_rrrf_execute_block(filter, source.data(), static_cast<unsigned>(frames), dest.data());
+                benchmark::ClobberMemory();
+            }
+            firfilt_rrrf_destroy(filter);
+        });
+#endif
+}
+
+const bool registered = [] {
+    for (const pbInt frames : {160, 960})
+        for (const pbInt channels : {1, 2, 8}) {
+            AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000, 16, channels, frames);
+            AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_24000, 24, channels, frames);
+            AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_48000, 48, channels, frames);
+        }
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,301 @@
+// The filter: exact whatever the framing, and private to its holder.
+#include "support.h"
+
+#include <cmath>
+#include <deque>
+#include <functional>
+#include <limits>
+
+namespace {
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kDenormal = std::numeric_limits<float>::denorm_min();
+
+/// The definition: the frames of a stream from one on, filtered. Frames before the first are zeros.
+Samples Defined(const Samples &taps, const Samples &input, pbInt channels, pbInt from = 0)
+{
+    Samples output;
+    const auto length = static_cast<pbInt>(taps.size()), samples = static_cast<pbInt>(input.size());
+    for (pbInt j = from * channels; j < samples; ++j) {
+        float sum = 0.0f;
+        for (pbInt i = length - 1; i >= 0; --i) {
+            const pbInt at = j - i * channels;
+            sum = std::fma(taps[static_cast<std::size_t>(i)], at < 0 ? 0.0f : input[static_cast<std::size_t>(at)], sum);
+        }
+        output.push_back(sum < -1.0f ? -1.0f : sum > 1.0f ? 1.0f : sum);
+    }
+    return output;
+}
+
+/// Equal bits, or NaN and NaN.
+testing::AssertionResult Same(const Samples &actual, const Samples &expected)
+{
+    if (actual.size() != expected.size())
+        return testing::AssertionFailure() << actual.size() << " samples, not " << expected.size();
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+        if (std::isnan(actual[i]) && std::isnan(expected[i]))
+            continue;
+        if (std::bit_cast<uint32_t>(actual[i]) != std::bit_cast<uint32_t>(expected[i]))
+            return testing::AssertionFailure() << "sample " << i << " is " << actual[i] << ", not " << expected[i];
+    }
+    return testing::AssertionSuccess();
+}
+
+pcm::Filter MakeFilter(const Samples &taps, pbInt channels)
+{
+    return {pcm::FilterCoefficients(taps), channels};
+}
+
+/// Everything that waits.
+Samples Gathered(pcm::Filter &filter)
+{
+    Samples samples(static_cast<std::size_t>(filter.Frames() * filter.Channels()), 9.0f);
+    filter.GatherSamples(samples);
+    return samples;
+}
+
+/// Writes the input in packets of random lengths, of which the longest has maxFrames.
+void WriteCut(pcm::Filter &filter, const Samples &input, Random &random, pbInt maxFrames)
+{
+    const pbInt channels = filter.Channels();
+    for (auto at = input.begin(); at != input.end();) {
+        const pbInt most = std::min((input.end() - at) / channels, random.OneIn(2) ? maxFrames : 3);
+        const pbInt samples = random.From(0, most) * channels;
+        const pcm::Packet pkt = MakePacket(channels, Samples(at, at + samples));
+        filter.Write(pkt);
+        ASSERT_TRUE(Same(SamplesOf(pkt.Get()), Samples(at, at + samples)));
+        at += samples;
+    }
+}
+
+/// Samples of all kinds: ordinary, huge, tiny, zero, infinite, NaN.
+PCM_SAMPLE AnySample(Random &random)
+{
+    switch (random.From(0, 20)) {
+    case 0: return kNan;
+    case 1: return kInfinity;
+    case 2: return -kInfinity;
+    case 3: return -0.0f;
+    case 4: return kDenormal * static_cast<float>(random.From(-100000, 100000));
+    case 5: return 3e38f * random.Sample();
+    case 6: return 1e-37f * random.Sample();
+    default: return 2.0f * random.Sample();
+    }
+}
+
+} // namespace
+
+TEST(Filter, WeighsTheNewestFrameWithTheFirstTap)
+{
+    auto filter = MakeFilter({0.5f, 0.25f, -0.125f}, 2);
+    filter.Write(MakePacket(2, {1.0f, 0.5f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(Gathered(filter), (Samples{0.5f, 0.25f, 0.25f, 0.125f, -0.125f, 0.4375f, 0.0f, 0.25f}));
+}
+
+TEST(Filter, ClampsTheOutputAndRemembersTheInput)
+{
+    auto filter = MakeFilter({1.0f, 0.5f}, 1);
+    filter.Write(MakePacket(1, {3.0f, -1.0f, -5.0f, kInfinity, 0.0f, kNan, 0.25f, 0.25f}));
+    EXPECT_TRUE(Same(Gathered(filter), {1.0f, 0.5f, -1.0f, 1.0f, 1.0f, kNan, kNan, 0.375f}));
+}
+
+TEST(Filter, GivesTheDefinitionsBitsForAllLengthsAndChannels)
+{
+    Random random;
+    for (pbInt length = 1; length <= 64; ++length)
+        for (pbInt channels = 1; channels <= 9; ++channels) {
+            SCOPED_TRACE(testing::Message() << length << " taps, " << channels << " channels");
+            const Samples taps = random.Run(length);
+            const Samples input = random.Run(channels * random.From(1, 200));
+            const Samples expected = Defined(taps, input, channels);
+
+            auto whole = MakeFilter(taps, channels), cut = whole;
+            whole.Write(MakePacket(channels, input));
+            ASSERT_TRUE(Same(Gathered(whole), expected));
+            WriteCut(cut, input, random, 120);
+            ASSERT_TRUE(Same(Gathered(cut), expected));
+        }
+}
+
+TEST(Filter, GivesTheDefinitionsBitsForLongFiltersAndWideFrames)
+{
+    const struct {
+        pbInt length, channels, before, frames, longest; // before: frames in a first packet, whose output is dropped
+    } rows[] = {
+        {127, 3, 0, 400, 130},     {300, 1, 1000, 700, 500}, {700, 2, 705, 900, 50}, {2049, 2, 10, 2500, 2500},
+        {4096, 1, 4000, 300, 80},  {4097, 1, 4097, 900, 64}, {5000, 9, 300, 80, 20}, {12000, 1, 12005, 200, 90},
+        {40000, 2, 300, 100, 100}, {3, 2048, 1, 9, 4},       {3, 2049, 1, 9, 4},     {2, 4096, 0, 5, 3},
+        {5, 10000, 4, 12, 5},      {1, 5000, 0, 3, 2},       {50, 130, 20, 150, 70}, {10, 450, 3, 40, 30},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.length << " taps, " << row.channels << " channels");
+        Random random;
+        const Samples taps = random.Run(row.length), input = random.Run((row.before + row.frames) * row.channels);
+        const auto boundary = input.begin() + row.before * row.channels;
+        auto filter = MakeFilter(taps, row.channels);
+        filter.Write(MakePacket(row.channels, Samples(input.begin(), boundary)));
+        filter.Read();
+        WriteCut(filter, Samples(boundary, input.end()), random, row.longest);
+        ASSERT_TRUE(Same(Gathered(filter), Defined(taps, input, row.channels, row.before)));
+    }
+}
+
+TEST(Filter, GivesTheDefinitionsBitsForSamplesOfAllKinds)
+{
+    Random random;
+    for (int round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        const pbInt length = random.From(1, 50), channels = random.From(1, 5);
+        Samples taps, input;
+        for (pbInt i = 0; i < length; ++i)
+            taps.push_back(random.OneIn(4) ? AnySample(random) : random.Sample());
+        for (pbInt i = 0; i < channels * 150; ++i)
+            input.push_back(random.OneIn(10) ? AnySample(random) : random.Sample() * (round % 2 ? 1e-38f : 0.1f));
+        auto filter = MakeFilter(taps, channels);
+        WriteCut(filter, input, random, 150);
+        ASSERT_TRUE(Same(Gathered(filter), Defined(taps, input, channels)));
+    }
+}
+
+TEST(Filter, QueuesOnePacketForEachWritten)
+{
+    auto filter = MakeFilter({0.5f, 0.5f}, 1);
+    const pcm::Packet three = MakePacket(1, {1.0f, 1.0f, 1.0f}), none(1);
+    for (const auto &pkt : {three, none, three})
+        filter.Write(pkt);
+    EXPECT_EQ(filter.Packets(), 3);
+    EXPECT_EQ(filter.Frames(), 6);
+    EXPECT_EQ(SamplesOf(filter.Read().Get()), (Samples{0.5f, 1.0f, 1.0f}));
+    const pcm::Packet empty = filter.Read();
+    EXPECT_EQ(empty.Frames(), 0);
+    EXPECT_NE(empty.Get(), none.Get());
+    EXPECT_EQ(SamplesOf(filter.Gather(2).Get()), (Samples{1.0f, 1.0f}));
+    Samples sum = {0.25f, 9.0f};
+    filter.GatherSamplesAdd(std::span(sum).first(1));
+    EXPECT_EQ(sum, (Samples{1.25f, 9.0f}));
+    EXPECT_EQ(filter.Packets(), 0);
+}
+
+TEST(Filter, LendsItsCoefficientSet)
+{
+    const pcm::FilterCoefficients set(PCM_FILTER_TYPE_LOWPASS_8000_AT_48000);
+    const pcm::Filter filter(set, 2);
+    EXPECT_EQ(filter.Coefficients().Get(), set.Get());
+    EXPECT_EQ(filter.Channels(), 2);
+    EXPECT_EQ(pb___ObjDbgAllocationSize(pcmFilterObj(filter.Get())), 48 * 2 * 4);
+}
+
+// Three holders write, reset and read at random, now of one filter, now of their own. Nobody notices the others.
+TEST(Filter, IsPrivateToWhoeverChangesIt)
+{
+    struct Holding {
+        pcm::Filter filter;
+        Samples input;              // since the last reset
+        std::deque<Samples> output; // the packets that wait, without the frames already read
+    };
+    Random random;
+    for (int round = 0; round < 40; ++round) {
+        const pbInt channels = random.From(1, 3);
+        const Samples taps = random.Run(random.From(1, 30));
+        std::vector<Holding> holdings(3);
+        for (Holding &holding : holdings)
+            holding.filter = MakeFilter(taps, channels);
+        for (int step = 0; step < 100; ++step) {
+            SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
+            Holding &mine = holdings[static_cast<std::size_t>(random.From(0, 2))];
+            const pbInt some = random.From(0, mine.filter.Frames());
+            Samples expected, read(static_cast<std::size_t>(some * channels));
+            const auto take = [&] {
+                while (std::ssize(expected) < some * channels) {
+                    Samples &first = mine.output.front();
+                    const auto count = std::min(std::ssize(first), some * channels - std::ssize(expected));
+                    expected.insert(expected.end(), first.begin(), first.begin() + count);
+                    first.erase(first.begin(), first.begin() + count);
+                    if (first.empty())
+                        mine.output.pop_front();
+                }
+            };
+            switch (random.From(0, 9)) {
+            case 0: mine = holdings[static_cast<std::size_t>(random.From(0, 2))]; break; // both hold one filter now
+            case 1: mine.filter = pcm::Filter::Adopt(pcmFilterCreateFrom(mine.filter.Get())); break;
+            case 2:
+                mine.filter.Reset();
+                mine.input.clear();
+                mine.output.clear();
+                break;
+            case 3:
+                if (mine.output.empty())
+                    break;
+                ASSERT_TRUE(Same(SamplesOf(mine.filter.Read().Get()), mine.output.front()));
+                mine.output.pop_front();
+                break;
+            case 4:
+                if (some == 0)
+                    break;
+                take();
+                ASSERT_TRUE(Same(SamplesOf(mine.filter.Gather(some).Get()), expected));
+                break;
+            case 5:
+                take();
+                mine.filter.GatherSamples(read);
+                ASSERT_TRUE(Same(read, expected));
+                break;
+            default: {
+                const pbInt before = std::ssize(mine.input) / channels;
+                const Samples more = random.Run(channels * random.From(0, 40));
+                mine.input.insert(mine.input.end(), more.begin(), more.end());
+                mine.filter.Write(MakePacket(channels, more));
+                mine.output.push_back(Defined(taps, mine.input, channels, before));
+            }
+            }
+            for (const Holding &holding : holdings) {
+                std::size_t samples = 0;
+                for (const Samples &packet : holding.output)
+                    samples += packet.size();
+                ASSERT_EQ(holding.filter.Packets(), std::ssize(holding.output));
+                ASSERT_EQ(holding.filter.Frames() * channels, static_cast<pbInt>(samples));
+            }
+        }
+    }
+}
+
+TEST(Filter, EndsTheProcessOnBadArguments)
+{
+    const pcm::FilterCoefficients set(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000);
+    EXPECT_ABORT(pcmFilterCreate(nullptr, 0), "coefficients");
+    EXPECT_ABORT(pcmFilterCreate(set.Get(), 0), "channels > 0");
+    EXPECT_ABORT(pcmFilterCreate(set.Get(), pbInt(1) << 59),
+                 "PB_INT_MUL_OK( filter->coefficientsLength, filter->channels )");
+    EXPECT_ABORT(pcmFilterCreateFrom(nullptr), "source");
+    EXPECT_ABORT(pcmFilterCoefficients(nullptr), "filter");
+    EXPECT_ABORT(pcmFilterChannels(nullptr), "filter");
+    EXPECT_ABORT(pcmFilterPackets(nullptr), "filter");
+    EXPECT_ABORT(pcmFilterFrames(nullptr), "filter");
+
+    PCM_FILTER *none = nullptr;
+    const pcm::Packet mono = MakePacket(1, {0.5f}), stereo = MakePacket(2, {0.5f, 0.5f});
+    pcm::Filter filter(set, 1);
+    const struct {
+        const char *name;
+        std::function<void(PCM_FILTER **)> operation;
+    } rows[] = {
+        {"reset", pcmFilterReset},
+        {"write", [](PCM_FILTER **handle) { pcmFilterWrite(handle, nullptr); }},
+        {"read", pcmFilterRead},
+        {"gather", [](PCM_FILTER **handle) { pcmFilterGather(handle, 0); }},
+        {"samples", [](PCM_FILTER **handle) { pcmFilterGatherSamples(handle, nullptr, -1); }},
+        {"add", [](PCM_FILTER **handle) { pcmFilterGatherSamplesAdd(handle, nullptr, 0); }},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_ABORT(row.operation(nullptr), "filter");
+        EXPECT_ABORT(row.operation(&none), "*filter");
+    }
+    EXPECT_ABORT(pcmFilterWrite(filter.Address(), nullptr), "pkt");
+    EXPECT_ABORT(pcmFilterWrite(filter.Address(), stereo.Get()), "pcmPacketChannels( pkt ) == (*filter)->channels");
+    filter.Write(mono);
+    EXPECT_ABORT(pcmFilterGather(filter.Address(), 2), "frames <= (*queue)->frames");
+    EXPECT_ABORT(pcmFilterGatherSamples(filter.Address(), nullptr, 1), "frames == 0 || dest");
+    EXPECT_ABORT(pcmFilterGatherSamplesAdd(filter.Address(), nullptr, 0), "frames > 0");
+}
