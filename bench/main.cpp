@@ -33,6 +33,8 @@ public:
             if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median")
                 continue;
             median_[run.run_name.function_name] = run.GetAdjustedCPUTime();
+            if (const auto real = run.counters.find(kRealTime); real != run.counters.end())
+                realTime_[run.run_name.function_name] = real->second;
         }
     }
 
@@ -45,12 +47,14 @@ public:
             std::printf("%-52s %14.1f", row.name.c_str(), median_[row.name]);
             if (median_.count(row.yardstick))
                 std::printf("  %8.2f x %s", median_[row.name] / median_[row.yardstick], row.yardstick.c_str());
+            if (realTime_.count(row.name))
+                std::printf("  %8.0f x real time", realTime_[row.name]);
             std::printf("\n");
         }
     }
 
 private:
-    std::map<std::string, double> median_;
+    std::map<std::string, double> median_, realTime_;
 };
 
 } // namespace

@@ -12,6 +12,9 @@
 /// Adds a row. Rows without a yardstick are yardsticks themselves. A name that is there already is not added again.
 void AddRow(const std::string &name, const std::string &yardstick, std::function<void(benchmark::State &)> body);
 
+/// The counter of a row that says how many seconds of audio it handles in a second.
+inline const char kRealTime[] = "real time";
+
 /// Adds the row of a memcpy that reads and writes as many bytes in all as a job that reads `in` and writes `out`.
 /// @return its name, to be the job's yardstick
 std::string Memcpy(std::size_t in, std::size_t out);
