@@ -118,8 +118,8 @@ struct Lanes {
 /// it is full. Not inlined, so that the sums have all registers to themselves; the places are constants for the same
 /// reason.
 template <bool kFull, int... kPlaces>
-PCM_TARGET [[gnu::noinline]] void SumVectors(const FilterTerms &terms, pbInt at, pbInt inLast,
-                                             std::integer_sequence<int, kPlaces...>)
+PCM_TARGET __attribute__((noinline)) void SumVectors(const FilterTerms &terms, pbInt at, pbInt inLast,
+                                                     std::integer_sequence<int, kPlaces...>)
 {
     constexpr pbInt kWidth = Lanes::kWidth;
     constexpr int kCount = sizeof...(kPlaces);
