@@ -5,12 +5,11 @@
 // into the new file.
 #include "audio_file.h"
 #include "meter.h"
+#include "options.h"
 #include "stream.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <optional>
@@ -48,28 +47,6 @@ struct Options {
 };
 
 constexpr pbInt kMostFrames = pbInt{1} << 48; // of anything that one asks for, so that no sum of two overflows
-
-pbReal NumberOf(const std::string &option, const std::string &text, pbReal low, pbReal high)
-{
-    char *end = nullptr;
-    const pbReal number = std::strtod(text.c_str(), &end);
-    if (end == text.c_str() || *end || !(number >= low && number <= high)) {
-        char range[80];
-        std::snprintf(range, sizeof range, "a number from %g to %g", low, high);
-        throw Failure(option + " takes " + range + ", not '" + text + "'");
-    }
-    return number;
-}
-
-pbInt CountOf(const std::string &option, std::string_view text, pbInt low, pbInt high)
-{
-    pbInt count = 0;
-    const auto [end, error] = std::from_chars(text.begin(), text.end(), count);
-    if (error != std::errc() || end != text.end() || count < low || count > high)
-        throw Failure(option + " takes whole numbers from " + std::to_string(low) + " to " + std::to_string(high) +
-                      ", not '" + std::string(text) + "'");
-    return count;
-}
 
 std::pair<pbInt, pbInt> RangeOf(const std::string &option, std::string_view text)
 {

@@ -1,51 +1,18 @@
 // The program transcode as its user meets it: files go in and come out, and what cannot be done leaves nothing behind.
-#include "support.h"
+#include "program.h"
 
 #include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <set>
-
-#include <sys/wait.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Outcome {
-    int status;
-    std::string out, err;
-};
-
-class Transcode : public testing::Test {
+class Transcode : public ProgramTest {
 protected:
-    void SetUp() override
-    {
-        std::string name = testing::TempDir() + "transcode.XXXXXX";
-        ASSERT_TRUE(mkdtemp(name.data()));
-        directory_ = name;
-    }
-    void TearDown() override { fs::remove_all(directory_); }
-
-    std::string Path(const std::string &name) const { return directory_ / name; }
-
-    /// Runs the program in the test's directory.
-    Outcome Run(const std::string &arguments) const
-    {
-        const fs::path log = directory_.string() + ".log", errors = directory_.string() + ".err";
-        const int status = std::system(("cd " + directory_.string() + " && " PCM_TRANSCODE " " + arguments + " >" +
-                                        log.string() + " 2>" + errors.string())
-                                           .c_str());
-        const Outcome outcome = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(log), Content(errors)};
-        fs::remove(log);
-        fs::remove(errors);
-        return outcome;
-    }
+    Outcome Run(const std::string &arguments) const { return ProgramTest::Run(PCM_TRANSCODE " " + arguments); }
 
     void Write(const std::string &name, int format, int rate, int channels, const Samples &samples) const
     {
@@ -81,24 +48,6 @@ protected:
         sf_close(file);
         return samples;
     }
-
-    static std::string Content(const fs::path &path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    /// The directory's files with what they hold.
-    std::set<std::pair<std::string, std::string>> Files() const
-    {
-        std::set<std::pair<std::string, std::string>> files;
-        for (const auto &entry : fs::directory_iterator(directory_))
-            files.emplace(entry.path().filename(), entry.is_directory() ? "" : Content(entry.path()));
-        return files;
-    }
-
-private:
-    fs::path directory_;
 };
 
 constexpr int kLittle = SF_ENDIAN_LITTLE, kBig = SF_ENDIAN_BIG;

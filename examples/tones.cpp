@@ -1,0 +1,318 @@
+// Tones: writes an audio file with a signal that a telephone exchange plays.
+//
+// The library's generators give the sound of each stretch of the cadence, a queue joins the stretches, and packets of
+// 20 ms come out of it, are encoded and go into the file.
+#include "audio_file.h"
+#include "options.h"
+#include "stream.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr char kHelp[] =
+    "Usage: tones [OPTION]... SIGNAL OUTPUT\n"
+    "       tones [OPTION]... dtmf DIGITS OUTPUT\n"
+    "Writes an audio file with a signal that a telephone exchange plays: dial, ringback, busy, dtmf, noise or "
+    "silence.\n"
+    "\n"
+    "DIGITS are of 0 to 9, A to D, * and #. The name of OUTPUT says what becomes of it: .wav, .au, or .raw, which is\n"
+    "the samples and nothing else. OUTPUT is there when it is complete, and not before.\n"
+    "\n"
+    "  --level DB         where the peaks lie, in decibels below full scale: -200 to 0; without it -10\n"
+    "  --cadence ON:OFF[,ON:OFF]...\n"
+    "                     milliseconds of sound and of silence, over and over; with dtmf for each digit. Without it\n"
+    "                     ringback is 2000:4000, busy 500:500, dtmf 100:100, and the others have no pauses\n"
+    "  --duration SECONDS up to 86400; without it as long as dtmf takes, 6 for ringback, 3 for the others\n"
+    "  --rate HZ          frames per second, 1000 to 768000; without it 8000\n"
+    "  --encoding NAME    how OUTPUT holds its samples; without it in 16 bits\n"
+    "  --help             print this and do nothing\n"
+    "\n"
+    "Encodings:";
+
+constexpr pbInt kLongest = 86400; // seconds
+
+/// Milliseconds of sound and of the silence after it.
+struct Beat {
+    pbInt on, off;
+};
+constexpr Beat kNoPauses = {kLongest * 1000, 0};
+
+struct Options {
+    std::string signal, digits, output;
+    pbReal level = -10.0;           ///< dB
+    std::vector<Beat> cadence;      ///< empty: what is usual for the signal
+    std::optional<pbReal> duration; ///< seconds; nothing: what is usual for the signal
+    pbInt rate = 8000;              ///< frames per second
+    const SampleFormat *format = nullptr;
+};
+
+/// Two frequencies, in Hz, that sound at once.
+using Frequencies = std::array<pbInt, 2>;
+
+/// The frequencies and cadences of the North American exchanges.
+constexpr struct Progress {
+    std::string_view name;
+    Frequencies hertz;
+    Beat beat;
+    pbReal duration; // seconds
+} kProgress[] = {
+    {"dial", {350, 440}, kNoPauses, 3},
+    {"ringback", {440, 480}, {2000, 4000}, 6},
+    {"busy", {480, 620}, {500, 500}, 3},
+};
+
+/// ITU-T Q.23: a row's frequency and a column's for each key.
+constexpr std::string_view kKeys = "123A456B789C*0#D";
+constexpr pbInt kRows[] = {697, 770, 852, 941}, kColumns[] = {1209, 1336, 1477, 1633};
+
+/// Gives the next frames of a sound, in one channel.
+using Sound = std::function<pcm::Packet(pbInt frames)>;
+
+/// A sound, begun anew, for so many milliseconds.
+struct Stretch {
+    std::function<Sound()> begin;
+    pbInt milliseconds;
+};
+
+/// What is to be heard: stretches over and over, or once and silence after them.
+struct Programme {
+    std::vector<Stretch> stretches;
+    bool again = true;
+    pbReal duration = 3.0; // seconds
+    std::string report;    // lines about the tones
+};
+
+/**
+   A pair of tones. A cycle is a whole number of frames, which is coarse at the rate of a telephone: of 8000 frames per
+   second, 852 and 941 Hz would take 9 both. So the tones are made at a multiple of the rate, 200 kHz or more, where
+   they are off by less than half a percent, and of each multiple of frames one is kept. Sines need no filter for that.
+*/
+std::function<Sound()> PairOfTones(const std::string &name, const Frequencies &hertz, pbInt rate, std::string *report)
+{
+    const pbInt multiple = (200000 + rate - 1) / rate;
+    std::array<pbInt, 2> periods;
+    for (std::size_t i = 0; i < 2; ++i) {
+        if (2 * hertz[i] >= rate)
+            throw Failure("a rate of " + std::to_string(rate) + " Hz has no room for a tone of " +
+                          std::to_string(hertz[i]) + " Hz");
+        periods[i] = pbRealToInt(static_cast<pbReal>(rate * multiple) / static_cast<pbReal>(hertz[i]));
+        char line[80];
+        std::snprintf(line, sizeof line, "%s: asked for %lld Hz, produced %.2f Hz\n", name.c_str(),
+                      static_cast<long long>(hertz[i]),
+                      static_cast<double>(rate * multiple) / static_cast<double>(periods[i]));
+        *report += line;
+    }
+
+    return [=] {
+        return [=, a = pcm::Tone(periods[0]), b = pcm::Tone(periods[1])](pbInt frames) mutable {
+            auto pkt = pcm::DualToneGather(a, b, frames * multiple);
+            if (multiple > 1)
+                pkt.FramesReduce(multiple);
+            return pkt;
+        };
+    };
+}
+
+Sound BeginSilence()
+{
+    return pcm::SilenceGather;
+}
+
+Sound BeginNoise()
+{
+    return pcm::NoiseGather;
+}
+
+/// Each digit with one beat of the cadence.
+Programme Dtmf(const Options &options)
+{
+    const std::vector<Beat> cadence = options.cadence.empty() ? std::vector<Beat>{{100, 100}} : options.cadence;
+    Programme programme;
+    programme.again = false;
+    pbInt milliseconds = 0;
+    std::map<char, std::function<Sound()>> keys;
+    for (std::size_t i = 0; i < options.digits.size(); ++i) {
+        const char digit = static_cast<char>(std::toupper(static_cast<unsigned char>(options.digits[i])));
+        const std::size_t key = kKeys.find(digit);
+        if (key == kKeys.npos)
+            throw Failure(std::string("'") + options.digits[i] + "' is not a digit of dtmf; these are " +
+                          std::string(kKeys));
+        if (!keys.count(digit))
+            keys[digit] = PairOfTones(std::string("digit ") + digit, {kRows[key / 4], kColumns[key % 4]}, options.rate,
+                                      &programme.report);
+        const Beat &beat = cadence[i % cadence.size()];
+        programme.stretches.push_back({keys[digit], beat.on});
+        programme.stretches.push_back({BeginSilence, beat.off});
+        milliseconds += beat.on + beat.off;
+    }
+    if (milliseconds == 0)
+        throw Failure("dtmf needs its digits");
+    if (milliseconds > kLongest * 1000)
+        throw Failure("these digits take more than a day");
+    programme.duration = static_cast<pbReal>(milliseconds) / 1000;
+    return programme;
+}
+
+Programme ProgrammeOf(const Options &options)
+{
+    if (options.signal == "dtmf")
+        return Dtmf(options);
+
+    Programme programme;
+    std::vector<Beat> cadence = {kNoPauses};
+    std::function<Sound()> begin;
+    if (options.signal == "noise")
+        begin = BeginNoise;
+    if (options.signal == "silence")
+        begin = BeginSilence;
+    for (const Progress &progress : kProgress) {
+        if (options.signal != progress.name)
+            continue;
+        begin = PairOfTones(options.signal, progress.hertz, options.rate, &programme.report);
+        cadence = {progress.beat};
+        programme.duration = progress.duration;
+    }
+    if (!begin)
+        throw Failure("unknown signal '" + options.signal + "'; see tones --help");
+    for (const Beat &beat : options.cadence.empty() ? cadence : options.cadence) {
+        programme.stretches.push_back({begin, beat.on});
+        programme.stretches.push_back({BeginSilence, beat.off});
+    }
+    return programme;
+}
+
+/// Plays the programme into the writer, in packets of 20 ms whatever the cadence. @return the frames
+pbInt Play(const Programme &programme, const Options &options, const SampleFormat &format, AudioWriter &writer)
+{
+    const pbInt block = BlockFrames(options.rate);
+    const pbInt total = std::llround(options.duration.value_or(programme.duration) * static_cast<pbReal>(options.rate));
+    const auto &stretches = programme.stretches;
+    pcm::PacketQueue queue(1);
+    const auto send = [&](pbInt frames) { writer.Write(queue.Gather(frames).Encode(format.encoding)); };
+
+    pbInt made = 0, milliseconds = 0;
+    for (std::size_t i = 0; made < total; ++i) {
+        const bool over = !programme.again && i >= stretches.size();
+        const Stretch stretch = over ? Stretch{BeginSilence, kNoPauses.on} : stretches[i % stretches.size()];
+        milliseconds += stretch.milliseconds; // from the beginning, so that what does not fit the rate does not add up
+        const pbInt end = std::min(total, milliseconds * options.rate / 1000);
+        for (auto sound = stretch.begin(); made < end;) {
+            const pbInt frames = std::min(block, end - made);
+            auto pkt = sound(frames);
+            pkt.LevelAdjust(options.level);
+            queue.Write(pkt);
+            made += frames;
+            if (queue.Frames() >= block)
+                send(block);
+        }
+    }
+    if (queue.Frames())
+        send(queue.Frames());
+    return total;
+}
+
+std::vector<Beat> CadenceOf(const std::string &option, const std::string &text)
+{
+    std::vector<Beat> cadence;
+    for (std::size_t at = 0; at <= text.size();) {
+        const std::size_t comma = std::min(text.find(',', at), text.size());
+        const std::string beat = text.substr(at, comma - at);
+        const std::size_t colon = beat.find(':');
+        if (colon == beat.npos)
+            throw Failure(option + " takes ON:OFF[,ON:OFF]..., not '" + text + "'");
+        cadence.push_back({CountOf(option, beat.substr(0, colon), 1, kNoPauses.on),
+                           CountOf(option, beat.substr(colon + 1), 0, kNoPauses.on)});
+        at = comma + 1;
+    }
+    return cadence;
+}
+
+/// @return nothing when only help was asked for
+std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
+{
+    Options options;
+    std::vector<std::string> words;
+    bool onlyWords = false;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const auto &argument = arguments[i];
+        if (onlyWords || argument.size() < 2 || argument[0] != '-') {
+            words.push_back(argument);
+            continue;
+        }
+        const auto value = [&] {
+            if (++i == arguments.size())
+                throw Failure(argument + " lacks its value; see tones --help");
+            return arguments[i];
+        };
+        if (argument == "--help")
+            return std::nullopt;
+        if (argument == "--")
+            onlyWords = true;
+        else if (argument == "--level")
+            options.level = NumberOf(argument, value(), -200.0, 0.0);
+        else if (argument == "--cadence")
+            options.cadence = CadenceOf(argument, value());
+        else if (argument == "--duration")
+            options.duration = NumberOf(argument, value(), 0.001, kLongest);
+        else if (argument == "--rate")
+            options.rate = CountOf(argument, value(), 1000, 768000);
+        else if (argument == "--encoding")
+            options.format = &SampleFormatNamed(value());
+        else
+            throw Failure("unknown option '" + argument + "'; see tones --help");
+    }
+    const bool dtmf = !words.empty() && words[0] == "dtmf";
+    if (words.size() != (dtmf ? 3 : 2))
+        throw Failure(dtmf ? "dtmf needs its digits and an output; see tones --help"
+                           : "needs a signal and an output; see tones --help");
+    options.signal = words.front();
+    options.digits = dtmf ? words[1] : "";
+    options.output = words.back();
+    return options;
+}
+
+void PrintHelp()
+{
+    std::fputs(kHelp, stdout);
+    for (const auto &format : SampleFormats())
+        std::printf(" %.*s", static_cast<int>(format.name.size()), format.name.data());
+    std::puts("");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        const auto options = ParseArguments({argv + 1, argv + argc});
+        if (!options) {
+            PrintHelp();
+            return 0;
+        }
+        const pcm::Module module;
+        const int container = ContainerOf(options->output);
+        const SampleFormat &format = options->format ? *options->format : UsualFormat(container, PCM_ENCODING_INT_16);
+        const Programme programme = ProgrammeOf(*options);
+        AudioWriter writer(options->output, format, options->rate, 1);
+        const pbInt frames = Play(programme, *options, format, writer);
+        writer.Finish();
+        std::printf("%s%s: %.3f s of %.*s at %lld Hz\n", programme.report.c_str(), options->output.c_str(),
+                    static_cast<double>(frames) / static_cast<double>(options->rate),
+                    static_cast<int>(format.name.size()), format.name.data(), static_cast<long long>(options->rate));
+        return 0;
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "tones: %s\n", failure.what());
+        return 1;
+    }
+}
