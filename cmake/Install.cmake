@@ -1,0 +1,58 @@
+# What `cmake --install` puts where: for each of the two libraries its headers, a pkg-config file and CMake package files.
+# Components: runtime, development and, only when asked for by name, examples. The installed tree may be moved.
+include(CMakePackageConfigHelpers)
+
+set(PCM_DESCRIPTION "Holds, converts and processes pulse-code-modulated audio")
+set(PCM_REQUIRES "pb")
+set(PB_DESCRIPTION "The base runtime of pcm: objects, memory and containers")
+set(PB_REQUIRES "")
+
+# Where the prefix lies as seen from the files that tell of it.
+file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
+cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
+
+function(install_library name)
+    string(TOUPPER ${name} upper)
+    set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${name})
+    set(generated ${CMAKE_CURRENT_BINARY_DIR}/install)
+
+    set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN") # libpcm finds its libpb wherever both are
+    install(TARGETS ${name} EXPORT ${name}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+    install(DIRECTORY include/${name} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+
+    set(PC_NAME ${name})
+    set(PC_DESCRIPTION "${${upper}_DESCRIPTION}")
+    set(PC_REQUIRES "${${upper}_REQUIRES}")
+    configure_file(cmake/library.pc.in ${generated}/${name}.pc @ONLY)
+    install(FILES ${generated}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+    configure_package_config_file(cmake/${name}-config.cmake.in ${generated}/${name}-config.cmake
+        INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)
+    write_basic_package_version_file(${generated}/${name}-config-version.cmake COMPATIBILITY SameMajorVersion)
+    install(FILES ${generated}/${name}-config.cmake ${generated}/${name}-config-version.cmake
+        DESTINATION ${package_dir} COMPONENT development)
+    install(EXPORT ${name} FILE ${name}-targets.cmake NAMESPACE ${name}:: DESTINATION ${package_dir}
+        COMPONENT development)
+endfunction()
+
+install_library(pb)
+install_library(pcm)
+
+if(PCM_BUILD_EXAMPLES)
+    set(programs_dir ${CMAKE_INSTALL_LIBEXECDIR}/pcm)
+    file(RELATIVE_PATH programs_to_libdir
+        ${CMAKE_INSTALL_FULL_LIBEXECDIR}/pcm ${CMAKE_INSTALL_FULL_LIBDIR})
+    get_property(targets DIRECTORY examples PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target ${targets})
+        get_target_property(type ${target} TYPE)
+        if(type STREQUAL EXECUTABLE)
+            set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${programs_to_libdir}")
+            install(TARGETS ${target} RUNTIME DESTINATION ${programs_dir} COMPONENT examples EXCLUDE_FROM_ALL)
+        endif()
+    endforeach()
+    install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT examples EXCLUDE_FROM_ALL
+        FILES_MATCHING PATTERN "*.c" PATTERN "*.h" PATTERN "*.cpp")
+endif()
