@@ -23,7 +23,16 @@ for library in "$pcm" "$pb"; do
     readelf -d "$library" | grep -q SONAME || { echo "$library has no SONAME"; status=1; }
     if readelf -d "$library" | grep -qE 'SYMBOLIC|TEXTREL'; then echo "$library is bound to itself"; status=1; fi
     if exported "$library" | grep -v '^p\(b\|cm\)'; then echo "$library exports other names"; status=1; fi
+    # Tables of the loader become read-only before the first call, and data is never code.
+    readelf -lW "$library" | grep -q GNU_RELRO || { echo "$library has tables that stay writable"; status=1; }
+    readelf -d "$library" | grep -q BIND_NOW || { echo "$library looks names up late"; status=1; }
+    readelf -lW "$library" | grep -q 'GNU_STACK.* RW ' || { echo "$library wants a stack that is code"; status=1; }
+    readelf -lW "$library" | grep 'LOAD.* RWE ' && { echo "$library has code that can be written"; status=1; }
 done
+# What others reach into keeps its size.
+same "sizes of libpcm's data" "$(grep -v '^#' "$here/data.txt")" \
+    "$(nm -DS --defined-only "$pcm" | awk '$3 ~ /^[BDR]$/ { sub(/@.*/, "", $4); print $4, "0x" $2 }' | sed 's/0x0*/0x/' |
+        LC_ALL=C sort)"
 # Versions: one node for everybody's names, one for the product's own modules.
 nm -D --defined-only --with-symbol-versions "$pcm" | awk '$2 != "A" { print $3 }' |
     grep -vE '^(pcm[A-Z].*@@PCM_1|pcm___.*@@PCM_INTERNAL_1)$' && { echo "names without their version"; status=1; }
