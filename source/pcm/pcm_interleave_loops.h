@@ -9,6 +9,26 @@ PCM_TARGET inline void PickFrames(PCM_SAMPLE *dest, const ChannelMap &map, const
             dest[c] = map.from[c] < 0 ? 0.0f : source[map.from[c]];
 }
 
+/// The commonest maps, with constant steps, which the compiler can make vectors of: one channel out of two, and one
+/// twice.
+/// @return whether it was one of them
+PCM_TARGET inline bool PickMonoOrStereo(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source,
+                                        pbInt sourceChannels, pbInt frames)
+{
+    const pbInt from = map.from[0];
+    if (map.channels == 1 && sourceChannels == 2 && from >= 0) {
+        for (pbInt f = 0; f < frames; ++f)
+            dest[f] = source[2 * f + from];
+        return true;
+    }
+    if (map.channels == 2 && sourceChannels == 1 && from == 0 && map.from[1] == 0) {
+        for (pbInt f = 0; f < frames; ++f)
+            dest[2 * f] = dest[2 * f + 1] = source[f];
+        return true;
+    }
+    return false;
+}
+
 /// A channel count of 0 is that of the argument; the others are constants.
 template <pbInt kChannels>
 PCM_TARGET void CopyRows(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels,
@@ -54,7 +74,8 @@ PCM_TARGET void SumFrames(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt chan
 PCM_TARGET void Pick(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
                      pbInt frames)
 {
-    PickFrames(dest, map, source, sourceChannels, frames);
+    if (!PickMonoOrStereo(dest, map, source, sourceChannels, frames))
+        PickFrames(dest, map, source, sourceChannels, frames);
 }
 
 PCM_TARGET void SumMany(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
@@ -220,6 +241,8 @@ struct Group {
 PCM_TARGET void Pick(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
                      pbInt frames)
 {
+    if (PickMonoOrStereo(dest, map, source, sourceChannels, frames))
+        return;
     if (frames < 2 * kLanes || sourceChannels > 1 << 20) // not worth the preparation; or too far apart for the steps
         return PickFrames(dest, map, source, sourceChannels, frames);
 
