@@ -72,6 +72,30 @@ private:
     pbReal decibel_;
 };
 
+class ChannelStage : public Stream {
+public:
+    ChannelStage(StreamPtr input, pbInt channels, bool expand)
+        : Stream(channels, input->Rate()), input_(std::move(input)), expand_(expand)
+    {
+    }
+
+    pcm::Packet Next() override
+    {
+        auto pkt = input_->Next();
+        if (!pkt)
+            return pkt;
+        if (expand_)
+            pkt.ChannelsAdjustExpandWithDownmix(Channels());
+        else
+            pkt.ChannelsAdjustReplaceWithDownmix(Channels());
+        return pkt;
+    }
+
+private:
+    StreamPtr input_;
+    bool expand_;
+};
+
 class PadStage : public Stage {
 public:
     PadStage(StreamPtr input, pbInt frames) : Stage(std::move(input)), toGive_(frames) {}
@@ -128,6 +152,11 @@ StreamPtr Trimmed(StreamPtr input, pbInt start, pbInt frames)
 StreamPtr WithLevel(StreamPtr input, pbReal decibel)
 {
     return std::make_unique<LevelStage>(std::move(input), decibel);
+}
+
+StreamPtr WithChannels(StreamPtr input, pbInt channels, bool expand)
+{
+    return std::make_unique<ChannelStage>(std::move(input), channels, expand);
 }
 
 StreamPtr Padded(StreamPtr input, pbInt frames)

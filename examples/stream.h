@@ -41,6 +41,13 @@ StreamPtr Trimmed(StreamPtr input, pbInt start, pbInt frames);
 /// The input with its level changed.
 StreamPtr WithLevel(StreamPtr input, pbReal decibel);
 
+/// The input with another count of channels: each the average of the input's, or, with `expand`, only those added to
+/// them.
+StreamPtr WithChannels(StreamPtr input, pbInt channels, bool expand);
+
+/// The input at another frame rate (rate.cpp); throws Failure where no built-in filter leads there.
+StreamPtr AtRate(StreamPtr input, pbInt rate);
+
 /// The input and then so many frames of silence.
 StreamPtr Padded(StreamPtr input, pbInt frames);
 

@@ -1,4 +1,5 @@
-// Transcode: makes an audio file of another one, in another encoding, at another level, of a part of it.
+// Transcode: makes an audio file of another one: in another encoding, at another level or frame rate, with other
+// channels, of a part of it.
 //
 // The road of a file: libsndfile hands out the bytes of its samples, the library decodes them into packets of 20 ms,
 // the stages of stream.h change these one after another, the library encodes them again, and libsndfile lays the bytes
@@ -32,6 +33,9 @@ constexpr char kHelp[] =
     "\n"
     "  --encoding NAME      how OUTPUT holds its samples; without it as INPUT does, as far as OUTPUT can\n"
     "  --level DB           make it louder by so many decibels, or softer: -200 to 200\n"
+    "  --channels N         make N channels, each the average of all that INPUT has\n"
+    "  --expand             with --channels: where channels are added, keep those that INPUT has as they are\n"
+    "  --rate HZ            make so many frames per second: 8000, 12000, 16000, 24000 or 48000 of one of these\n"
     "  --trim START:FRAMES  take only so many frames of INPUT, from frame START on, counted from 0\n"
     "  --pad FRAMES         add so many frames of silence at the end of OUTPUT\n"
     "  --help               print this and do nothing\n"
@@ -41,11 +45,14 @@ constexpr char kHelp[] =
 struct Options {
     std::string input, output;
     const SampleFormat *format = nullptr;
-    pbReal level = 0.0;                          // dB
+    pbReal level = 0.0; // dB
+    std::optional<pbInt> channels, rate;
+    bool expand = false;
     std::optional<std::pair<pbInt, pbInt>> trim; // start and frames
-    pbInt pad = 0;
+    pbInt pad = 0;                               // frames
 };
 
+constexpr pbInt kMostChannels = 1024, kHighestRate = 655350; // of libsndfile, which refuses files with more
 constexpr pbInt kMostFrames = pbInt{1} << 48; // of anything that one asks for, so that no sum of two overflows
 
 std::pair<pbInt, pbInt> RangeOf(const std::string &option, std::string_view text)
@@ -82,6 +89,12 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
             options.format = &SampleFormatNamed(value());
         else if (argument == "--level")
             options.level = NumberOf(argument, value(), -200.0, 200.0);
+        else if (argument == "--channels")
+            options.channels = CountOf(argument, value(), 1, kMostChannels);
+        else if (argument == "--expand")
+            options.expand = true;
+        else if (argument == "--rate")
+            options.rate = CountOf(argument, value(), 1, kHighestRate);
         else if (argument == "--trim")
             options.trim = RangeOf(argument, value());
         else if (argument == "--pad")
@@ -89,6 +102,8 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
         else
             throw Failure("unknown option '" + argument + "'; see transcode --help");
     }
+    if (options.expand && !options.channels)
+        throw Failure("--expand needs --channels; see transcode --help");
     if (files.size() != 2)
         throw Failure("needs an input and an output, not " + std::to_string(files.size()) +
                       " files; see transcode --help");
@@ -168,12 +183,23 @@ private:
     Meter &meter_;
 };
 
-/// Everything between the bytes that come in and those that go out.
+/**
+   Everything between the bytes that come in and those that go out. The filters of a change of rate have the fewest
+   channels to work on, and, because they clamp to full scale, the lower level.
+*/
 StreamPtr Road(StreamPtr stream, const Options &options)
 {
     if (options.trim)
         stream = Trimmed(std::move(stream), options.trim->first, options.trim->second);
-    if (options.level != 0.0)
+    if (options.level < 0.0)
+        stream = WithLevel(std::move(stream), options.level);
+    if (options.channels && *options.channels <= stream->Channels())
+        stream = WithChannels(std::move(stream), *options.channels, options.expand);
+    if (options.rate)
+        stream = AtRate(std::move(stream), *options.rate);
+    if (options.channels && *options.channels > stream->Channels())
+        stream = WithChannels(std::move(stream), *options.channels, options.expand);
+    if (options.level > 0.0)
         stream = WithLevel(std::move(stream), options.level);
     if (options.pad)
         stream = Padded(std::move(stream), options.pad);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 
 namespace {
 
@@ -275,6 +276,110 @@ TEST_F(Transcode, TrimsAndPadsToTheFrame)
     }
 }
 
+TEST_F(Transcode, MakesOtherChannels)
+{
+    const struct {
+        const char *options;
+        Frame first, second;
+    } rows[] = {
+        {"--channels 1", {0.25f}, {-0.25f}},
+        {"--channels 2", {0.25f, 0.25f}, {-0.25f, -0.25f}},
+        {"--channels 3", {0.25f, 0.25f, 0.25f}, {-0.25f, -0.25f, -0.25f}},
+        {"--channels 1 --expand", {0.25f}, {-0.25f}},
+        {"--channels 2 --expand", {0.5f, 0.0f}, {0.0f, -0.5f}},
+        {"--channels 4 --expand", {0.5f, 0.0f, 0.25f, 0.25f}, {0.0f, -0.5f, -0.25f, -0.25f}},
+    };
+    Samples samples;
+    for (int i = 0; i < 1000; ++i)
+        samples.insert(samples.end(), {0.5f, 0.0f, 0.0f, -0.5f});
+    Write("in.wav", kFloatWav, 8000, 2, samples);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.options);
+        ASSERT_EQ(Run(row.options + std::string(" in.wav out.wav")).status, 0);
+        SF_INFO info = {};
+        const Samples out = Read("out.wav", &info);
+        ASSERT_EQ(info.channels, static_cast<int>(row.first.size()));
+        ASSERT_EQ(info.frames, 2000);
+        Samples expected;
+        for (int i = 0; i < 1000; ++i) {
+            expected.insert(expected.end(), row.first.begin(), row.first.end());
+            expected.insert(expected.end(), row.second.begin(), row.second.end());
+        }
+        EXPECT_EQ(out, expected);
+    }
+}
+
+namespace {
+
+/// The amplitude and phase of a frequency in one channel, over whole seconds in the middle.
+std::complex<double> Tone(const Samples &samples, pbInt channels, pbInt channel, double rate, double frequency)
+{
+    const auto frames = static_cast<pbInt>(samples.size()) / channels, second = static_cast<pbInt>(rate);
+    const pbInt begin = second / 2, end = begin + (frames - second) / second * second;
+    std::complex<double> sum;
+    for (pbInt i = begin; i < end; ++i)
+        sum += static_cast<double>(samples[static_cast<std::size_t>(i * channels + channel)]) *
+               std::polar(1.0, -2.0 * M_PI * frequency * static_cast<double>(i) / rate);
+    return 2.0 * sum / static_cast<double>(end - begin);
+}
+
+} // namespace
+
+// Between all rates: length, level, and that output and input line up to half a frame of the higher rate.
+TEST_F(Transcode, ChangesTheRateInPlace)
+{
+    const int rates[] = {8000, 12000, 16000, 24000, 48000};
+    for (const int from : rates) {
+        Samples samples;
+        const pbInt frames = 3 * from + 77;
+        for (pbInt i = 0; i < frames; ++i) { // 500 Hz on the left, 1000 Hz on the right, as cosines
+            samples.push_back(static_cast<float>(0.5 * std::cos(2.0 * M_PI * 500.0 * static_cast<double>(i) / from)));
+            samples.push_back(static_cast<float>(0.9 * std::cos(2.0 * M_PI * 1000.0 * static_cast<double>(i) / from)));
+        }
+        Write("in.wav", kFloatWav, from, 2, samples);
+        for (const int to : rates) {
+            SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
+            ASSERT_EQ(Run("--rate " + std::to_string(to) + " in.wav out.wav").status, 0);
+            SF_INFO info = {};
+            const Samples out = Read("out.wav", &info);
+            ASSERT_EQ(info.samplerate, to);
+            ASSERT_EQ(info.frames, (frames * to + from - 1) / from);
+            for (const int channel : {0, 1}) {
+                const double frequency = channel ? 1000.0 : 500.0;
+                const auto tone = Tone(out, 2, channel, to, frequency);
+                EXPECT_NEAR(20.0 * std::log10(std::abs(tone) / (channel ? 0.9 : 0.5)), 0.0, 0.4) << "dB";
+                EXPECT_LE(std::abs(std::arg(tone)) / (2.0 * M_PI * frequency), 0.51 / std::max(from, to)) << "s";
+            }
+        }
+    }
+}
+
+// Tones that the lower rate cannot hold, and the images of those that it can, are as low as the filters' responses are.
+TEST_F(Transcode, LetsNoAliasAndNoImageThrough)
+{
+    const struct {
+        int from, to;
+        double tone, alias, limit; // Hz, Hz, dB
+    } rows[] = {
+        {48000, 8000, 5000.0, 3000.0, -20.3},   {48000, 8000, 6000.0, 2000.0, -34.5},
+        {48000, 8000, 7000.0, 1000.0, -50.3},   {48000, 8000, 23000.0, 1000.0, -91.0},
+        {48000, 24000, 15000.0, 9000.0, -28.1}, {24000, 8000, 7000.0, 1000.0, -50.3},
+        {8000, 48000, 1000.0, 7000.0, -50.3},   {8000, 48000, 1000.0, 23000.0, -91.0},
+        {16000, 48000, 1000.0, 15000.0, -77.0},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.from << " to " << row.to << ", " << row.tone << " Hz");
+        Samples samples;
+        for (int i = 0; i < 3 * row.from; ++i)
+            samples.push_back(static_cast<float>(0.9 * std::cos(2.0 * M_PI * row.tone * i / row.from)));
+        Write("in.wav", kFloatWav, row.from, 1, samples);
+        ASSERT_EQ(Run("--rate " + std::to_string(row.to) + " in.wav out.wav").status, 0);
+        SF_INFO info = {};
+        const auto alias = Tone(Read("out.wav", &info), 1, 0, row.to, row.alias);
+        EXPECT_LE(20.0 * std::log10(std::abs(alias) / 0.9), row.limit);
+    }
+}
+
 TEST_F(Transcode, MayWriteOverItsInput)
 {
     Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, Samples(20000, 0.25f));
@@ -289,6 +394,7 @@ TEST_F(Transcode, RefusesInOneLineAndLeavesNothingBehind)
     Random random;
     const Samples samples = random.Run(50000);
     Write("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, samples);
+    Write("odd.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 1, samples);
     const auto cut = [&](const char *name, int format, uintmax_t bytes) {
         Write(name, format, 8000, 1, samples);
         fs::resize_file(Path(name), bytes);
@@ -325,6 +431,13 @@ TEST_F(Transcode, RefusesInOneLineAndLeavesNothingBehind)
         {"--trim 0:0 in.wav out.wav", "--trim takes whole numbers from 1 to "},
         {"--trim 0:1x in.wav out.wav", "--trim takes whole numbers from 1 to "},
         {"--trim 49999:2 in.wav out.wav", "cannot trim: the input lacks the last 1 of the frames asked for"},
+        {"--channels 0 in.wav out.wav", "--channels takes whole numbers from 1 to 1024, not '0'"},
+        {"--expand in.wav out.wav", "--expand needs --channels; see transcode --help"},
+        {"--rate 11025 in.wav out.wav",
+         "cannot change 8000 Hz to 11025 Hz: there are filters from 8000 to 12000, 16000, "
+         "24000, 48000 Hz only"},
+        {"--rate 8000 odd.wav out.wav", "cannot change 44100 Hz to 8000 Hz: there are filters between 8000, 12000, "
+                                        "16000, 24000 and 48000 Hz only"},
         {"--pad 1e3 in.wav out.wav", "--pad takes whole numbers from 0 to "},
         {"--pad 99999999999999999999 in.wav out.wav", "--pad takes whole numbers from 0 to "},
         {"--encoding s17 in.wav out.wav", "unknown encoding 's17'"},
