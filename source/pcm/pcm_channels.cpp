@@ -1,6 +1,7 @@
 // Channel adjustment: one pass over the frames makes the downmix and lays it down beside what is kept.
 #include "pcm_levels.h"
 #include "pcm_object.h"
+#include "pcm_weave.h"
 
 #include <pcm/pcm_channels.h>
 

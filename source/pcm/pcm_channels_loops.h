@@ -19,7 +19,6 @@ PCM_TARGET void Means(PCM_SAMPLE *__restrict means, const PCM_SAMPLE *__restrict
 }
 
 typedef PCM_SAMPLE Floats __attribute__((vector_size(PCM_VECTOR)));
-typedef int32_t Words __attribute__((vector_size(PCM_VECTOR)));
 typedef double Pairs __attribute__((vector_size(PCM_VECTOR))); // of samples, moved as one
 constexpr int kWide = PCM_VECTOR / 4, kHalf = PCM_VECTOR / 8;
 
@@ -77,66 +76,19 @@ PCM_TARGET void AnyMeans(PCM_SAMPLE *means, const PCM_SAMPLE *source, pbInt chan
     }
 }
 
-/// Each frame of dest: the kept samples, then the mean until the frame is full.
-template <pbInt kKept, pbInt kChannels>
-PCM_TARGET void Lay(PCM_SAMPLE *__restrict dest, pbInt channels, const PCM_SAMPLE *__restrict source, pbInt kept,
-                    const PCM_SAMPLE *__restrict means, pbInt frames)
-{
-    channels = kChannels == kAny ? channels : kChannels;
-    kept = kKept == kAny ? kept : kKept;
-    for (pbInt f = 0; f < frames; ++f) {
-        for (pbInt c = 0; c < kept; ++c)
-            dest[f * channels + c] = source[f * kept + c];
-        for (pbInt c = kept; c < channels; ++c)
-            dest[f * channels + c] = means[f];
-    }
-}
-
-/// The same for frames that fit in a vector, which is written at each frame; the next takes what is too much.
-PCM_TARGET void LayNarrow(PCM_SAMPLE *dest, pbInt channels, const PCM_SAMPLE *source, pbInt kept,
-                          const PCM_SAMPLE *means, pbInt frames)
-{
-    Words mask = {}; // of the lanes that are kept
-    for (pbInt c = 0; c < kept; ++c)
-        mask[c] = -1;
-    for (; frames * (kept ? kept : channels) >= kWide; --frames, dest += channels, source += kept, ++means) {
-        const Floats mean = *means - Floats{};
-        Words frame = (Words)mean;
-        if (kept) {
-            __builtin_memcpy(&frame, source, sizeof(frame));
-            frame = (frame & mask) | ((Words)mean & ~mask);
-        }
-        __builtin_memcpy(dest, &frame, sizeof(frame));
-    }
-    Lay<kAny, kAny>(dest, channels, source, kept, means, frames);
-}
-
-PCM_TARGET void AnyLay(PCM_SAMPLE *dest, pbInt channels, const PCM_SAMPLE *source, pbInt kept, const PCM_SAMPLE *means,
-                       pbInt frames)
-{
-    if (kept == 0 && channels == 2)
-        Lay<0, 2>(dest, 2, source, 0, means, frames);
-    else if (kept == 1 && channels == 2)
-        Lay<1, 2>(dest, 2, source, 1, means, frames);
-    else if (channels <= kWide)
-        LayNarrow(dest, channels, source, kept, means, frames);
-    else
-        Lay<kAny, kAny>(dest, channels, source, kept, means, frames);
-}
-
 PCM_TARGET void Adjust(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels, pbInt kept,
                        pbInt frames)
 {
     const auto gain = static_cast<PCM_SAMPLE>(1.0 / static_cast<double>(sourceChannels));
     if (destChannels == 1)
         return AnyMeans(dest, source, sourceChannels, frames, gain);
-    constexpr pbInt kRun = 1024;
+    constexpr pbInt kRun = 512;
     PCM_SAMPLE means[kRun];
     for (pbInt done = 0; done < frames; done += kRun) {
         const pbInt run = frames - done < kRun ? frames - done : kRun;
         const PCM_SAMPLE *from = source + done * sourceChannels;
         AnyMeans(means, from, sourceChannels, run, gain);
-        AnyLay(dest + done * destChannels, destChannels, from, kept, means, run);
+        Weave(dest + done * destChannels, destChannels, from, kept, means, run);
     }
 }
 

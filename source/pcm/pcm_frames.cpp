@@ -1,6 +1,7 @@
 // Frame-rate change: frames are copied as blocks, with silence between them or others left out.
 #include "pcm_levels.h"
 #include "pcm_object.h"
+#include "pcm_weave.h"
 
 #include <pcm/pcm_frames.h>
 
@@ -12,11 +13,11 @@ using pcm::Ref;
 namespace pcm {
 namespace {
 
-/// Makes as many frames of dest, or groups of `factor` frames, as there are groups or frames in source.
-using FramesLoop = void(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt factor, pbInt frames);
+/// Makes frames of dest of the first of each `div` frames of source.
+using ReduceLoop = void(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt div, pbInt frames);
 
 struct Loops {
-    FramesLoop *extend, *reduce;
+    ReduceLoop *reduce;
 };
 
 } // namespace
@@ -29,8 +30,8 @@ namespace {
 
 const pcm::Loops loops = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
 
-/// Puts a new packet into the handle with what the loop makes of so many steps over the old one.
-void Replace(PCM_PACKET **pkt, pbInt destFrames, pcm::FramesLoop *loop, pbInt factor, pbInt steps)
+/// Puts a new packet into the handle. `fill` makes its samples of the old one's, if it has frames.
+template <class Fill> void Replace(PCM_PACKET **pkt, pbInt destFrames, Fill fill)
 {
     const pbInt sourceChannels = pcmPacketChannels(*pkt);
     PB_ASSERT(PB_INT_MUL_OK( destFrames, sourceChannels ));
@@ -38,7 +39,7 @@ void Replace(PCM_PACKET **pkt, pbInt destFrames, pcm::FramesLoop *loop, pbInt fa
     if (destFrames) {
         PB_ASSERT(PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) ));
         samples = static_cast<PCM_SAMPLE *>(pbMemAllocN(destFrames * sourceChannels, PB_SIZEOF(PCM_SAMPLE)));
-        loop(samples, pcmPacketBacking(*pkt), sourceChannels, factor, steps);
+        fill(samples, pcmPacketBacking(*pkt), sourceChannels);
     }
     pcm::Replace(pkt, Ref<PCM_PACKET>::Adopt(pcmPacketCreateFromSamplesUse(samples, sourceChannels, destFrames)));
 }
@@ -53,7 +54,9 @@ void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult)
     const pbInt sourceFrames = pcmPacketFrames(*pkt);
     PB_ASSERT(PB_INT_MUL_OK( sourceFrames, mult ));
 
-    Replace(pkt, sourceFrames * mult, loops.extend, mult, sourceFrames);
+    Replace(pkt, sourceFrames * mult, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
+        pcm::Weave(dest, channels * mult, source, channels, nullptr, sourceFrames);
+    });
 }
 
 void pcmFramesReduce(PCM_PACKET **pkt, pbInt div)
@@ -64,5 +67,8 @@ void pcmFramesReduce(PCM_PACKET **pkt, pbInt div)
     const pbInt sourceFrames = pcmPacketFrames(*pkt);
     PB_ASSERT(sourceFrames % div == 0);
 
-    Replace(pkt, sourceFrames / div, loops.reduce, div, sourceFrames / div);
+    const pbInt destFrames = sourceFrames / div;
+    Replace(pkt, destFrames, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
+        loops.reduce(dest, source, channels, div, destFrames);
+    });
 }
