@@ -158,21 +158,4 @@ TEST(Packet, BytesComeInAndGoOutInWholeFrames)
     EXPECT_EQ(static_cast<int>(bytes.Bytes()[2]), 0xC0);
 }
 
-TEST(Face, HandlesSurviveSelfAssignmentAndMoving)
-{
-    pcm::Packet pkt = MakePacket(1, {1, 2});
-    PCM_PACKET *const object = pkt.Get();
-    const pcm::Packet &alias = pkt;
-    pkt = alias;
-    EXPECT_EQ(pkt.Get(), object);
-    EXPECT_EQ(RefCount(object), 1);
-    pcm::Packet moved = std::move(pkt);
-    EXPECT_FALSE(pkt); // NOLINT(bugprone-use-after-move): a moved-from handle is empty
-    pkt = moved;
-    EXPECT_EQ(RefCount(object), 2);
-    moved = pcm::Packet();
-    EXPECT_EQ(RefCount(object), 1);
-    EXPECT_EQ(RefCount(pcm::Packet::Share(object).Get()), 2);
-}
-
 } // namespace

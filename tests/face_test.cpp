@@ -1,0 +1,190 @@
+// The C++ face: what its handles do with references, for every type of handle.
+#include "support.h"
+
+#include <type_traits>
+
+namespace {
+
+template <class H> H Make();
+template <> pcm::Packet Make()
+{
+    return MakePacket(2, {0.25f, 0.5f, -0.25f, -0.5f});
+}
+template <> pcm::PacketQueue Make()
+{
+    pcm::PacketQueue queue(2);
+    queue.Write(Make<pcm::Packet>());
+    return queue;
+}
+template <> pcm::FilterCoefficients Make()
+{
+    return pcm::FilterCoefficients(Samples{0.5f, 0.5f});
+}
+template <> pcm::Tone Make()
+{
+    return pcm::Tone(8);
+}
+template <> pcm::String Make()
+{
+    return pcm::String("text");
+}
+template <> pcm::Buffer Make()
+{
+    const Bytes bytes = {1, 2, 3};
+    return pcm::Buffer(std::as_bytes(std::span(bytes)));
+}
+
+/// How many holders the handle's object has.
+template <class H> pbInt Holders(const H &handle)
+{
+    return reinterpret_cast<PB_OBJ *>(handle.Get())->refCount;
+}
+
+template <class H> class Handles : public testing::Test {
+};
+using Types =
+    testing::Types<pcm::Packet, pcm::PacketQueue, pcm::FilterCoefficients, pcm::Tone, pcm::String, pcm::Buffer>;
+TYPED_TEST_SUITE(Handles, Types);
+
+TYPED_TEST(Handles, CountTheirReferences)
+{
+    using H = TypeParam;
+    H handle = Make<H>();
+    auto *const object = handle.Get();
+    EXPECT_EQ(Holders(handle), 1);
+    {
+        const H copy = handle;
+        EXPECT_EQ(copy.Get(), object);
+        EXPECT_EQ(Holders(handle), 2);
+        const H share = H::Share(object);
+        EXPECT_EQ(Holders(handle), 3);
+    }
+    EXPECT_EQ(Holders(handle), 1);
+    EXPECT_FALSE(H::Share(nullptr));
+    EXPECT_FALSE(H::Adopt(nullptr));
+
+    auto *const detached = handle.Detach();
+    EXPECT_EQ(detached, object);
+    EXPECT_FALSE(handle);
+    const H adopted = H::Adopt(detached);
+    EXPECT_EQ(Holders(adopted), 1);
+}
+
+TYPED_TEST(Handles, AreAssignedToThemselvesAndToOneAnother)
+{
+    using H = TypeParam;
+    H handle = Make<H>(), other = Make<H>();
+    auto *const object = handle.Get();
+    const H &alias = handle;
+    handle = alias;
+    EXPECT_EQ(handle.Get(), object);
+    EXPECT_EQ(Holders(handle), 1);
+    H &same = handle;
+    handle = std::move(same);
+    EXPECT_EQ(handle.Get(), object);
+    EXPECT_EQ(Holders(handle), 1);
+
+    other = handle; // whose own object goes
+    EXPECT_EQ(other.Get(), object);
+    EXPECT_EQ(Holders(handle), 2);
+    handle = H();
+    EXPECT_FALSE(handle);
+    EXPECT_EQ(Holders(other), 1);
+    std::swap(handle, other);
+    EXPECT_EQ(handle.Get(), object);
+    EXPECT_FALSE(other);
+}
+
+TYPED_TEST(Handles, AreEmptyAfterAMoveAndUsableAgain)
+{
+    using H = TypeParam;
+    static_assert(std::is_nothrow_move_constructible_v<H> && std::is_nothrow_move_assignable_v<H>);
+    H handle = Make<H>();
+    auto *const object = handle.Get();
+    H moved = std::move(handle);
+    EXPECT_FALSE(handle); // NOLINT(bugprone-use-after-move): a moved-from handle is empty
+    EXPECT_EQ(moved.Get(), object);
+    EXPECT_EQ(Holders(moved), 1);
+    H empty = handle; // a copy of nothing
+    EXPECT_FALSE(empty);
+    handle = moved;
+    EXPECT_EQ(Holders(moved), 2);
+
+    std::vector<H> many(3, handle); // moved as it grows, from the front and back
+    many.push_back(moved);
+    many.erase(many.begin());
+    many.resize(20);
+    EXPECT_EQ(Holders(handle), 5);
+}
+
+TEST(Face, AHandleThatIsChangedPartsFromThoseThatShareIt)
+{
+    auto pkt = Make<pcm::Packet>();
+    const auto samples = SamplesOf(pkt.Get());
+    const struct {
+        const char *name;
+        std::function<void(pcm::Packet &)> change;
+    } changes[] = {
+        {"write", [](pcm::Packet &p) { p.WriteZero(0, 1); }},
+        {"write itself", [](pcm::Packet &p) { p.WriteLeading(1, p, 1); }},
+        {"insert itself", [](pcm::Packet &p) { p.Insert(1, p); }},
+        {"delete", [](pcm::Packet &p) { p.DelTrailing(1); }},
+        {"level", [](pcm::Packet &p) { p.LevelAdjust(6); }},
+        {"samples", [](pcm::Packet &p) { p.MutableSamples()[3] = 0; }},
+        {"clear", [](pcm::Packet &p) { p.Clear(); }},
+    };
+    for (const auto &row : changes) {
+        SCOPED_TRACE(row.name);
+        auto changed = pkt;
+        row.change(changed);
+        EXPECT_NE(changed.Get(), pkt.Get());
+        EXPECT_NE(SamplesOf(changed.Get()), samples);
+        EXPECT_EQ(SamplesOf(pkt.Get()), samples);
+        EXPECT_EQ(Holders(pkt), 1);
+        EXPECT_EQ(Holders(changed), 1);
+    }
+}
+
+TEST(Face, AQueueThatIsReadPartsFromThoseThatShareIt)
+{
+    auto queue = Make<pcm::PacketQueue>();
+    auto other = queue;
+    Samples read(3, 9.0f); // one and a half frames: the half is left alone
+    other.GatherSamples(read);
+    EXPECT_EQ(read, (Samples{0.25f, 0.5f, 9.0f}));
+    EXPECT_EQ(other.Frames(), 1);
+    EXPECT_EQ(queue.Frames(), 2);
+    other = queue;
+    other.Write(pcm::Packet(2));
+    EXPECT_EQ(other.Packets(), 2);
+    EXPECT_EQ(queue.Packets(), 1);
+}
+
+TEST(Face, ToneHandlesShareTheOneTone)
+{
+    pcm::Tone tone(4);
+    pcm::Tone same = tone;
+    EXPECT_EQ(tone.Gather(1).Samples()[0], 0.0f);
+    EXPECT_EQ(same.Gather(1).Samples()[0], 1.0f);
+    EXPECT_EQ(tone.Get(), same.Get());
+}
+
+TEST(Face, PacketsOfASpanLeaveOutWhatIsNoWholeFrame)
+{
+    EXPECT_EQ(SamplesOf(MakePacket(2, {1, 2, 3}).Get()), (Samples{1, 2}));
+    EXPECT_EQ(MakePacket(4, {1, 2, 3}).Frames(), 0);
+    EXPECT_ABORT(MakePacket(0, {1}), "channels > 0");
+    EXPECT_TRUE(MakePacket(2, {}).Samples().empty());
+}
+
+TEST(Face, TextsAndBytesMayBeEmpty)
+{
+    EXPECT_EQ(pcm::String("").View(), "");
+    EXPECT_EQ(pcm::String(std::string_view()).View(), "");
+    EXPECT_EQ(pcm::String(std::string_view("a\0b", 3)).View(), std::string_view("a\0b", 3));
+    EXPECT_TRUE(pcm::Buffer(std::span<const std::byte>()).Bytes().empty());
+    EXPECT_EQ(pcm::Encoding(PCM_ENCODING_INT_16 | PCM_ENCODING_BIG_ENDIAN),
+              pcm::Encoding::FromString(pcm::Encoding(PCM_ENCODING_INT_16 | PCM_ENCODING_BIG_ENDIAN).ToString()));
+}
+
+} // namespace
