@@ -1,6 +1,8 @@
 /**
    @file
    The base runtime: everything.
+
+   @since 1.0
 */
 #ifndef PB_H
 #define PB_H

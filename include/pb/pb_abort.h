@@ -1,6 +1,10 @@
 /**
    @file
    The one way in which a broken precondition is reported: the process ends.
+
+   Threads: may be called from any thread, at any time.
+
+   @since 1.0
 */
 #ifndef PB_ABORT_H
 #define PB_ABORT_H

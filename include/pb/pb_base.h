@@ -1,6 +1,8 @@
 /**
    @file
    The types that every operation of the base runtime and of the libraries above it uses.
+
+   @since 1.0
 */
 #ifndef PB_BASE_H
 #define PB_BASE_H
@@ -10,6 +12,12 @@
 /** Marks what a shared library exports; everything else is hidden. */
 #define PB_API __attribute__((visibility("default")))
 
+/** @def PB_EXTERN_C_BEGIN
+    Opens declarations of C functions, in C and in C++. */
+/** @def PB_EXTERN_C_END
+    Closes what PB_EXTERN_C_BEGIN opened. */
+/** @def PB_NORETURN
+    Marks a function that does not return. */
 #ifdef __cplusplus
 #define PB_EXTERN_C_BEGIN extern "C" {
 #define PB_EXTERN_C_END }

@@ -1,6 +1,11 @@
 /**
    @file
    Enumerations: tables of names and values that turn one into the other.
+
+   Every operation ends the process when an object or a text is missing. Threads: any number may hold and read an
+   enumeration; each changes it through a handle of its own.
+
+   @since 1.0
 */
 #ifndef PB_ENUM_H
 #define PB_ENUM_H
@@ -9,6 +14,7 @@
 
 PB_EXTERN_C_BEGIN
 
+/** A table of names and values. */
 typedef struct PB_ENUM PB_ENUM;
 
 /** @return a new enumeration without names, owned by the caller. */

@@ -5,6 +5,11 @@
    The text of a flag word is the names of its flags joined by `|`, in ascending order of value; no flag is the empty
    text. In a text that is read, blanks around a name do not matter, and names that are not in the set contribute
    nothing.
+
+   Every operation ends the process when an object or a text is missing. Threads: any number may hold and read a flag
+   set; each changes it through a handle of its own.
+
+   @since 1.0
 */
 #ifndef PB_FLAGSET_H
 #define PB_FLAGSET_H
@@ -13,6 +18,7 @@
 
 PB_EXTERN_C_BEGIN
 
+/** A table of flag names and bits. */
 typedef struct PB_FLAGSET PB_FLAGSET;
 
 /** @return a new flag set without names, owned by the caller. */

@@ -4,6 +4,8 @@
 
    No operation reports a failure: memory that cannot be had, a negative count or a product that does not fit in 64 bits
    ends the process. Threads: every operation may be called from any thread; a block belongs to its owner.
+
+   @since 1.0
 */
 #ifndef PB_MEM_H
 #define PB_MEM_H
@@ -22,6 +24,8 @@ PB_API void *pbMemAllocN(pbInt count, pbInt size);
    Resizes a block to count elements of size bytes, keeping its contents up to the smaller size.
 
    @param block  a block, invalid afterwards, or null for a fresh one
+   @param count  elements of the resized block
+   @param size   bytes of each
    @return the resized block; null for 0 bytes, the old block being freed
 */
 PB_API void *pbMemReallocN(void *block, pbInt count, pbInt size);

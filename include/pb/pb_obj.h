@@ -6,6 +6,8 @@
    as long as its reference count is above 0. A pointer to any object may be cast to `PB_OBJ *`.
 
    Threads: reference counts change atomically, so any number of threads may hold, retain and release one object.
+
+   @since 1.0
 */
 #ifndef PB_OBJ_H
 #define PB_OBJ_H
@@ -14,11 +16,11 @@
 
 PB_EXTERN_C_BEGIN
 
-typedef struct PB_OBJ PB_OBJ;
-typedef struct PB_SORT PB_SORT;
-typedef struct PB_MODULE PB_MODULE;
-typedef struct PB_MODULE_RECORD PB_MODULE_RECORD;
-typedef struct PB_STRING PB_STRING;
+typedef struct PB_OBJ PB_OBJ;                     /**< the header of every object, and any object by its header */
+typedef struct PB_SORT PB_SORT;                   /**< a sort of objects */
+typedef struct PB_MODULE PB_MODULE;               /**< a library as its host sees it */
+typedef struct PB_MODULE_RECORD PB_MODULE_RECORD; /**< who a module is */
+typedef struct PB_STRING PB_STRING;               /**< a text (pb_string.h) */
 
 /** The kind word of an object header. */
 enum { PB_OBJ_KIND_INSTANCE = 0, PB_OBJ_KIND_SORT = 1, PB_OBJ_KIND_MODULE = 2 };
@@ -64,12 +66,12 @@ struct PB_MODULE {
 
 /** Identifies a module: fourteen 64-bit words, the texts NUL-terminated. */
 struct PB_MODULE_RECORD {
-    pbInt kind;              /**< PB_OBJ_KIND_MODULE */
-    const char *product;     /**< the product's name */
-    const char *productName; /**< the same name */
-    pbInt versionMajor;      /**< the product's version when the module was built */
-    pbInt versionMinor;
-    pbInt versionPatch;
+    pbInt kind;                /**< PB_OBJ_KIND_MODULE */
+    const char *product;       /**< the product's name */
+    const char *productName;   /**< the same name */
+    pbInt versionMajor;        /**< the product's version when the module was built, first number */
+    pbInt versionMinor;        /**< second number */
+    pbInt versionPatch;        /**< third number */
     const char *buildTime;     /**< such as "UTC 2026-03-01 12:00:00 (Sunday)" */
     const char *vendor;        /**< the maker */
     const char *rights;        /**< one line: who holds the rights */
@@ -94,7 +96,8 @@ PB_API PB_OBJ *pb___ObjCreate(pbInt size, const PB_SORT *sort);
 /** Destroys an object whose count has come to 0: runs the sort's free function, then frees the object's memory. */
 PB_API void pb___ObjFree(PB_OBJ *obj);
 
-/** Records how many bytes of memory the object owns besides itself. No effect on behaviour. */
+/** Records how many bytes of memory the object owns besides itself. No effect on behaviour; at most one thread does so
+    for one object at a time. */
 PB_API void pb___ObjDbgSetAllocationSize(PB_OBJ *obj, pbInt bytes);
 
 /** As pb___ObjDbgSetAllocationSize with count elements of size bytes each. */

@@ -2,6 +2,10 @@
    @file
    Random numbers: the 64-bit Mersenne Twister of the C++ standard library, one for each thread, seeded by the system.
    Not for secrets.
+
+   Threads: may be called from any thread; each draws from numbers of its own.
+
+   @since 1.0
 */
 #ifndef PB_RANDOM_H
 #define PB_RANDOM_H

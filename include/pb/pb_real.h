@@ -1,6 +1,10 @@
 /**
    @file
    Real numbers.
+
+   Threads: pure functions. They may be called at any time.
+
+   @since 1.0
 */
 #ifndef PB_REAL_H
 #define PB_REAL_H

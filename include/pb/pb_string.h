@@ -2,7 +2,10 @@
    @file
    Strings: immutable texts. Ordered by their bytes; two strings of the same text are equal.
 
-   The libraries above the runtime only pass strings on; hosts make and read them here.
+   The libraries above the runtime only pass strings on; hosts make and read them here, and give them up with
+   pbObjRelease. Threads: a string never changes, so any number of threads may hold and read it.
+
+   @since 1.0
 */
 #ifndef PB_STRING_H
 #define PB_STRING_H
@@ -15,6 +18,8 @@ PB_EXTERN_C_BEGIN
    @param text    its bytes; may be null when length is 0
    @param length  how many bytes, or -1: up to the NUL
    @return a new string, owned by the caller
+
+   Ends the process when length is below -1 or text is missing.
 */
 PB_API PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length);
 

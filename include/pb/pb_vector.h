@@ -4,7 +4,9 @@
 
    An operation that changes a vector takes the address of the caller's handle; a vector that somebody else holds too
    is first replaced there by a private copy, so no other holder sees the change. Arguments that are missing end the
-   process.
+   process. Threads: any number may hold and read a vector; each changes it through a handle of its own.
+
+   @since 1.0
 */
 #ifndef PB_VECTOR_H
 #define PB_VECTOR_H
@@ -13,6 +15,7 @@
 
 PB_EXTERN_C_BEGIN
 
+/** A sequence of references. */
 typedef struct PB_VECTOR PB_VECTOR;
 
 /** @return a new vector without elements, owned by the caller; destroying it releases the elements. */

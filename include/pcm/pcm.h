@@ -1,6 +1,8 @@
 /**
    @file
    The library: everything. Begin with pcm_base.h for the rules that hold throughout.
+
+   @since 1.0
 */
 #ifndef PCM_H
 #define PCM_H

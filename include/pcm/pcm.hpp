@@ -7,6 +7,8 @@
    releases, moving one leaves it empty. Changing operations pass the handle's address on, so a shared object is
    replaced in this handle alone. Samples are passed as std::span. `Try` operations give an empty handle when there is
    no result. Threads: as the C operations; one handle must not be used by two threads at once.
+
+   @since 1.0
 */
 #ifndef PCM_HPP
 #define PCM_HPP
@@ -25,56 +27,78 @@ namespace pcm {
 
 /// How a sort's references are taken and given up; objects of the runtime go through the runtime.
 template <class T> struct Reference {
+    /// Takes one more reference.
     static void Retain(T *object) { pbObjRetain(reinterpret_cast<PB_OBJ *>(object)); }
+    /// Gives one up.
     static void Release(T *object) { pbObjRelease(reinterpret_cast<PB_OBJ *>(object)); }
 };
 
+/// References to packets.
 template <> struct Reference<PCM_PACKET> {
+    /// Takes one more reference.
     static void Retain(PCM_PACKET *object) { pcmPacketRetain(object); }
+    /// Gives one up.
     static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
 };
 
+/// References to packet queues.
 template <> struct Reference<PCM_PACKET_QUEUE> {
+    /// Takes one more reference.
     static void Retain(PCM_PACKET_QUEUE *object) { pcmPacketQueueRetain(object); }
+    /// Gives one up.
     static void Release(PCM_PACKET_QUEUE *object) { pcmPacketQueueRelease(object); }
 };
 
+/// References to filters.
 template <> struct Reference<PCM_FILTER> {
+    /// Takes one more reference.
     static void Retain(PCM_FILTER *object) { pcmFilterRetain(object); }
+    /// Gives one up.
     static void Release(PCM_FILTER *object) { pcmFilterRelease(object); }
 };
 
+/// References to coefficient sets.
 template <> struct Reference<PCM_FILTER_COEFFICIENTS> {
+    /// Takes one more reference.
     static void Retain(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRetain(object); }
+    /// Gives one up.
     static void Release(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRelease(object); }
 };
 
+/// References to tones.
 template <> struct Reference<PCM_TONE> {
+    /// Takes one more reference.
     static void Retain(PCM_TONE *object) { pcmToneRetain(object); }
+    /// Gives one up.
     static void Release(PCM_TONE *object) { pcmToneRelease(object); }
 };
 
 /// One reference to an object, or none.
 template <class T> class Handle {
 public:
-    Handle() noexcept = default;
+    Handle() noexcept = default; ///< an empty handle
+    /// One more reference to the same object.
     Handle(const Handle &other) noexcept : object_(other.object_)
     {
         if (object_)
             Reference<T>::Retain(object_);
     }
+    /// Leaves the other empty.
     Handle(Handle &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    /// Gives up what the handle holds; assigning a handle to itself changes nothing.
     Handle &operator=(Handle other) noexcept
     {
         std::swap(object_, other.object_);
         return *this;
     }
+    /// Gives up the reference.
     ~Handle()
     {
         if (object_)
             Reference<T>::Release(object_);
     }
 
+    /// Whether there is an object.
     explicit operator bool() const noexcept { return object_; }
 
     /// The object, for the C operations; the handle keeps its reference.
@@ -87,6 +111,7 @@ public:
     [[nodiscard]] T *Detach() noexcept { return std::exchange(object_, nullptr); }
 
 protected:
+    /// Takes over a reference.
     explicit Handle(T *adopted) noexcept : object_(adopted) {}
 
 private:
@@ -117,7 +142,9 @@ public:
 /// Starts the library's module through its descriptor and stops it at the end of the scope. One at a time.
 class Module {
 public:
+    /// Starts the module.
     Module() { pcmModule()->startup(); }
+    /// Stops it.
     ~Module() { pcmModule()->shutdown(); }
     Module(const Module &) = delete;
     Module &operator=(const Module &) = delete;
@@ -127,11 +154,13 @@ public:
 class String : public Handle<PB_STRING> {
 public:
     PCM_HANDLE(String, PB_STRING)
+    /// A copy of the text.
     explicit String(std::string_view text)
         : String(pbStringCreateFromCstr(text.data(), static_cast<pbInt>(text.size())), 0)
     {
     }
 
+    /// The text, valid while somebody holds the string.
     std::string_view View() const { return {pbStringCstr(Get()), static_cast<std::size_t>(pbStringLength(Get()))}; }
 };
 
@@ -139,7 +168,8 @@ public:
 class Buffer : public Handle<PB_BUFFER> {
 public:
     PCM_HANDLE(Buffer, PB_BUFFER)
-    explicit Buffer(std::span<const std::byte> bytes) ///< a copy of the bytes
+    /// A copy of the bytes.
+    explicit Buffer(std::span<const std::byte> bytes)
     {
         const auto length = static_cast<pbInt>(bytes.size());
         void *block = pbMemAlloc(length);
@@ -147,7 +177,8 @@ public:
         *this = Adopt(pbBufferCreateFromBytesUse(block, length));
     }
 
-    pbInt Length() const { return pbBufferLength(Get()); }
+    pbInt Length() const { return pbBufferLength(Get()); } ///< in bytes
+    /// The bytes, valid while somebody holds the buffer.
     std::span<const std::byte> Bytes() const
     {
         return {static_cast<const std::byte *>(pbBufferBacking(Get())), static_cast<std::size_t>(Length())};
@@ -157,15 +188,22 @@ public:
 /// An encoding's flag word with its text form and sizes.
 class Encoding {
 public:
+    /// Of a flag word, which is kept as it is.
     constexpr Encoding(PCM_ENCODING flags = 0) noexcept : flags_(flags) {}
+    /// As pcmEncodingFromString.
     static Encoding FromString(std::string_view names) { return pcmEncodingFromString(String(names).Get()); }
 
+    /// The flag word.
     constexpr operator PCM_ENCODING() const noexcept { return flags_; }
 
+    /** @name As the C operation pcmEncoding... of this name (pcm_encoding.h) */
+    /** @{ */
+    /// As the C operation pcmEncoding... of this name.
     Encoding Normalize() const { return pcmEncodingNormalize(flags_); }
     std::string ToString() const { return std::string(String::Adopt(pcmEncodingToString(flags_)).View()); }
     pbInt SizeofSample() const { return pcmEncodingSizeofSample(flags_); }
     pbInt SizeofFrame(pbInt channels) const { return pcmEncodingSizeofFrame(flags_, channels); }
+    /** @} */
 
 private:
     PCM_ENCODING flags_;
@@ -177,15 +215,18 @@ inline Buffer TryConvert(PCM_ENCODING destEncoding, const Buffer &source, PCM_EN
     return Buffer::Adopt(pcmTryConvert(destEncoding, source.Get(), sourceEncoding));
 }
 
+/// As pcmDecibelFromGain.
 inline pbReal DecibelFromGain(pbReal gain)
 {
     return pcmDecibelFromGain(gain);
 }
+/// As pcmDecibelToGain.
 inline pbReal DecibelToGain(pbReal decibel)
 {
     return pcmDecibelToGain(decibel);
 }
 
+/// As pcmLevelAdjustSamples.
 inline void LevelAdjust(std::span<PCM_SAMPLE> samples, pbReal decibel)
 {
     pcmLevelAdjustSamples(samples.data(), static_cast<pbInt>(samples.size()), decibel);
@@ -195,6 +236,7 @@ inline void LevelAdjust(std::span<PCM_SAMPLE> samples, pbReal decibel)
 class Packet : public Handle<PCM_PACKET> {
 public:
     PCM_HANDLE(Packet, PCM_PACKET)
+    /// A packet without frames, as pcmPacketCreate.
     explicit Packet(pbInt channels) : Packet(pcmPacketCreate(channels), 0) {}
 
     /// A copy of interleaved samples; what is beyond the last whole frame is left out.
@@ -205,6 +247,9 @@ public:
     {
     }
 
+    /** @name As the C operation pcmPacket... of this name (pcm_packet.h) */
+    /** @{ */
+    /// As the C operation pcmPacket... of this name.
     static Packet TryDecode(const Buffer &source, PCM_ENCODING encoding, pbInt channels)
     {
         return Adopt(pcmPacketTryDecode(source.Get(), encoding, channels));
@@ -221,13 +266,22 @@ public:
     }
 
     void Clear() { pcmPacketClear(Address()); }
+    /** @} */
+
+    /** @name As the C operation of this name, pcmLevelAdjust and so on (pcm_level.h, pcm_channels.h, pcm_frames.h) */
+    /** @{ */
+    /// As the C operation pcm... of this name.
     void LevelAdjust(pbReal decibel) { pcmLevelAdjust(Address(), decibel); }
     void ChannelsAdjustReplaceWithDownmix(pbInt channels) { pcmChannelsAdjustReplaceWithDownmix(Address(), channels); }
     void ChannelsAdjustExpandWithDownmix(pbInt channels) { pcmChannelsAdjustExpandWithDownmix(Address(), channels); }
     void FramesExtend(pbInt mult) { pcmFramesExtend(Address(), mult); }
     void FramesReduce(pbInt div) { pcmFramesReduce(Address(), div); }
+    /** @} */
 
-    /// What is written or inserted is all of the source or a part of it, or silence (pcm_packet.h).
+    /** @name Write, Insert, Prepend, Append, Del (pcm_packet.h) */
+    /** @{ */
+    /// As the C operation pcmPacket... of this name. What is written or inserted is all of the source or a part of it,
+    /// or silence.
     // clang-format off
     void Write(pbInt idx, const Packet &source) { pcmPacketWrite(Address(), idx, source.Get()); }
     void WriteInner(pbInt idx, const Packet &source, pbInt offset, pbInt frames)
@@ -274,14 +328,18 @@ public:
     void DelTrailing(pbInt frames) { pcmPacketDelTrailing(Address(), frames); }
     void SetFrames(pbInt frames) { pcmPacketSetFrames(Address(), frames); }
     // clang-format on
+    /** @} */
 
+    /// As pcmPacketSetChannels.
     void SetChannels(pbInt channels) { pcmPacketSetChannels(Address(), channels); }
+    /// As pcmPacketCreateFromWithChannels.
     Packet WithChannels(pbInt channels) const { return Adopt(pcmPacketCreateFromWithChannels(Get(), channels)); }
+    /// As pcmPacketCreateFromWithChannelMask.
     Packet WithChannelMask(pbInt channelMask) const
     {
         return Adopt(pcmPacketCreateFromWithChannelMask(Get(), channelMask));
     }
-    /// The array's samples reach at least to the end of the rectangle.
+    /// As pcmPacketWriteChannelsSamples; the array's samples reach at least to the end of the rectangle.
     void WriteChannels(pbInt destChannelOffset, pbInt destFrameOffset, std::span<const PCM_SAMPLE> source,
                        pbInt sourceChannelOffset, pbInt sourceChannelCount, pbInt sourceFrameOffset, pbInt channels,
                        pbInt frames)
@@ -289,6 +347,7 @@ public:
         pcmPacketWriteChannelsSamples(Address(), destChannelOffset, destFrameOffset, source.data(), sourceChannelOffset,
                                       sourceChannelCount, sourceFrameOffset, channels, frames);
     }
+    /// As pcmPacketWriteChannels.
     void WriteChannels(pbInt destChannelOffset, pbInt destFrameOffset, const Packet &source, pbInt sourceChannelOffset,
                        pbInt sourceFrameOffset, pbInt channels, pbInt frames)
     {
@@ -305,8 +364,12 @@ private:
 class PacketQueue : public Handle<PCM_PACKET_QUEUE> {
 public:
     PCM_HANDLE(PacketQueue, PCM_PACKET_QUEUE)
+    /// A queue without packets, as pcmPacketQueueCreate.
     explicit PacketQueue(pbInt channels) : PacketQueue(pcmPacketQueueCreate(channels), 0) {}
 
+    /** @name As the C operation pcmPacketQueue... of this name (pcm_packet_queue.h) */
+    /** @{ */
+    /// As the C operation pcmPacketQueue... of this name.
     pbInt Channels() const { return pcmPacketQueueChannels(Get()); }
     pbInt Packets() const { return pcmPacketQueuePackets(Get()); }
     pbInt Frames() const { return pcmPacketQueueFrames(Get()); }
@@ -315,12 +378,14 @@ public:
     void Write(const Packet &pkt) { pcmPacketQueueWrite(Address(), pkt.Get()); }
     Packet Read() { return Packet::Adopt(pcmPacketQueueRead(Address())); }
     Packet Gather(pbInt frames) { return Packet::Adopt(pcmPacketQueueGather(Address(), frames)); }
+    /** @} */
 
     /// Fills the span with whole frames; what is beyond the last of them stays as it is.
     void GatherSamples(std::span<PCM_SAMPLE> dest)
     {
         pcmPacketQueueGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
     }
+    /// Adds whole frames to what the span holds.
     void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
     {
         pcmPacketQueueGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
@@ -332,6 +397,7 @@ inline PCM_FILTER_TYPE FilterTypeFromString(std::string_view name)
 {
     return pcmFilterTypeFromString(String(name).Get());
 }
+/// The type's name.
 inline std::string FilterTypeToString(PCM_FILTER_TYPE type)
 {
     return std::string(String::Adopt(pcmFilterTypeToString(type)).View());
@@ -341,14 +407,17 @@ inline std::string FilterTypeToString(PCM_FILTER_TYPE type)
 class FilterCoefficients : public Handle<PCM_FILTER_COEFFICIENTS> {
 public:
     PCM_HANDLE(FilterCoefficients, PCM_FILTER_COEFFICIENTS)
+    /// A built-in set, as pcmFilterCoefficientsCreate.
     explicit FilterCoefficients(PCM_FILTER_TYPE type) : FilterCoefficients(pcmFilterCoefficientsCreate(type), 0) {}
-    explicit FilterCoefficients(std::span<const PCM_SAMPLE> taps) ///< a copy of the taps
+    /// A copy of the taps.
+    explicit FilterCoefficients(std::span<const PCM_SAMPLE> taps)
         : FilterCoefficients(pcmFilterCoefficientsCreateFromSamplesCopy(taps.data(), static_cast<pbInt>(taps.size())),
                              0)
     {
     }
 
-    pbInt Length() const { return pcmFilterCoefficientsLength(Get()); }
+    pbInt Length() const { return pcmFilterCoefficientsLength(Get()); } ///< the number of taps
+    /// The taps, valid while somebody holds the set.
     std::span<const PCM_SAMPLE> Taps() const
     {
         return {pcmFilterCoefficientsBacking(Get()), static_cast<std::size_t>(Length())};
@@ -359,11 +428,15 @@ public:
 class Filter : public Handle<PCM_FILTER> {
 public:
     PCM_HANDLE(Filter, PCM_FILTER)
+    /// As pcmFilterCreate.
     Filter(const FilterCoefficients &coefficients, pbInt channels)
         : Filter(pcmFilterCreate(coefficients.Get(), channels), 0)
     {
     }
 
+    /** @name As the C operation pcmFilter... of this name (pcm_filter.h) */
+    /** @{ */
+    /// As the C operation pcmFilter... of this name.
     FilterCoefficients Coefficients() const { return FilterCoefficients::Adopt(pcmFilterCoefficients(Get())); }
     pbInt Channels() const { return pcmFilterChannels(Get()); }
     pbInt Packets() const { return pcmFilterPackets(Get()); }
@@ -373,12 +446,14 @@ public:
     void Write(const Packet &pkt) { pcmFilterWrite(Address(), pkt.Get()); }
     Packet Read() { return Packet::Adopt(pcmFilterRead(Address())); }
     Packet Gather(pbInt frames) { return Packet::Adopt(pcmFilterGather(Address(), frames)); }
+    /** @} */
 
     /// Fills the span with whole frames; what is beyond the last of them stays as it is.
     void GatherSamples(std::span<PCM_SAMPLE> dest)
     {
         pcmFilterGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
     }
+    /// Adds whole frames to what the span holds.
     void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
     {
         pcmFilterGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
@@ -389,7 +464,11 @@ public:
 class Tone : public Handle<PCM_TONE> {
 public:
     PCM_HANDLE(Tone, PCM_TONE)
+    /// As pcmToneCreate.
     explicit Tone(pbInt period) : Tone(pcmToneCreate(period), 0) {}
+    /** @name As the C operation pcmTone... of this name (pcm_tone.h) */
+    /** @{ */
+    /// As the C operation pcmTone... of this name.
     static Tone TryCreateWithFrequency(pbInt frameRate, pbInt hertz)
     {
         return Adopt(pcmToneTryCreateWithFrequency(frameRate, hertz));
@@ -404,51 +483,63 @@ public:
     {
         pcmToneGatherSamplesAdd(Get(), dest.data(), static_cast<pbInt>(dest.size()));
     }
+    /** @} */
 };
 
+/// As pcmDualToneGather.
 inline Packet DualToneGather(Tone &toneA, Tone &toneB, pbInt samples)
 {
     return Packet::Adopt(pcmDualToneGather(toneA.Get(), toneB.Get(), samples));
 }
+/// As pcmDualToneGatherSamples.
 inline void DualToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
 {
     pcmDualToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
 }
+/// As pcmDualToneGatherSamplesAdd.
 inline void DualToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
 {
     pcmDualToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
 }
 
+/// As pcmModulatedToneGather.
 inline Packet ModulatedToneGather(Tone &toneA, Tone &toneB, pbInt samples)
 {
     return Packet::Adopt(pcmModulatedToneGather(toneA.Get(), toneB.Get(), samples));
 }
+/// As pcmModulatedToneGatherSamples.
 inline void ModulatedToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
 {
     pcmModulatedToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
 }
+/// As pcmModulatedToneGatherSamplesAdd.
 inline void ModulatedToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
 {
     pcmModulatedToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
 }
 
+/// As pcmNoiseGather.
 inline Packet NoiseGather(pbInt samples)
 {
     return Packet::Adopt(pcmNoiseGather(samples));
 }
+/// As pcmNoiseGatherSamples.
 inline void NoiseGatherSamples(std::span<PCM_SAMPLE> dest)
 {
     pcmNoiseGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));
 }
+/// As pcmNoiseGatherSamplesAdd.
 inline void NoiseGatherSamplesAdd(std::span<PCM_SAMPLE> dest)
 {
     pcmNoiseGatherSamplesAdd(dest.data(), static_cast<pbInt>(dest.size()));
 }
 
+/// As pcmSilenceGather.
 inline Packet SilenceGather(pbInt frames)
 {
     return Packet::Adopt(pcmSilenceGather(frames));
 }
+/// As pcmSilenceGatherSamples.
 inline void SilenceGatherSamples(std::span<PCM_SAMPLE> dest)
 {
     pcmSilenceGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));

@@ -25,8 +25,13 @@
    is NaN is part of this; which of the NaN patterns an addition or multiplication yields is the processor's affair.
    Operations that only move samples keep every bit.
 
+   **Versions.** What a file declares is there since the version that the file names, unless an operation says
+   otherwise. Names with `pcm___` are for the product's own modules.
+
    Every operation is valid only between the module's start-up and its shut-down (pcm_module.h), except where the
    operation says otherwise.
+
+   @since 1.0
 */
 #ifndef PCM_BASE_H
 #define PCM_BASE_H
@@ -36,7 +41,9 @@
 /** Marks what the library exports. */
 #define PCM_API __attribute__((visibility("default")))
 
+/** Opens declarations of C functions, in C and in C++. */
 #define PCM_EXTERN_C_BEGIN PB_EXTERN_C_BEGIN
+/** Closes what PCM_EXTERN_C_BEGIN opened. */
 #define PCM_EXTERN_C_END PB_EXTERN_C_END
 
 /** One sample: nominal full scale is -1.0 to +1.0, and samples may lie beyond it. */

@@ -9,6 +9,8 @@
    Both operations take the packet by its in-out handle and end the process when pkt or *pkt is null, when channels is
    below 1, or when the size of the new packet does not fit in 64 bits. The packet that was in the handle is not
    changed, so its other holders see nothing.
+
+   @since 1.0
 */
 #ifndef PCM_CHANNELS_H
 #define PCM_CHANNELS_H

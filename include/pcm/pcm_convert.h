@@ -22,6 +22,8 @@
    Between two external encodings the result is that of decoding and then encoding. Dest and source must not overlap.
 
    Threads: pure functions of their arguments. They may be called at any time.
+
+   @since 1.0
 */
 #ifndef PCM_CONVERT_H
 #define PCM_CONVERT_H
@@ -33,12 +35,17 @@
 
 PCM_EXTERN_C_BEGIN
 
-/** ITU-T G.711 codes without their sign bit, by the magnitude of the 16-bit linear value shifted right by 3. */
+/** A-law codes of ITU-T G.711 without their sign bit, by the magnitude of the 16-bit linear value shifted right by 3.
+ */
 PCM_API extern const uint8_t pcm___EncodeG711AlawTable[4097];
+
+/** The same for mu-law. */
 PCM_API extern const uint8_t pcm___EncodeG711MulawTable[4097];
 
-/** Linear values in 16-bit units, by the G.711 code. */
+/** Linear values in 16-bit units, by the A-law code. */
 PCM_API extern const int16_t pcm___DecodeG711AlawTable[256];
+
+/** The same by the mu-law code. */
 PCM_API extern const int16_t pcm___DecodeG711MulawTable[256];
 
 /**

@@ -3,6 +3,8 @@
    Decibels: decibel = 20 * log10(gain), held between -200 and +200 dB.
 
    Threads: pure functions. They may be called at any time.
+
+   @since 1.0
 */
 #ifndef PCM_DECIBEL_H
 #define PCM_DECIBEL_H

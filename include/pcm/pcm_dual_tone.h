@@ -6,6 +6,8 @@
    within full scale. Both tones advance by as many samples as are gathered, and a signal of two different tones is the
    same however it is cut into pieces. One tone may be passed as both: it then gives the samples of A, then those of B,
    and advances by twice as many. The tones must not be gathered from on another thread at the same time.
+
+   @since 1.0
 */
 #ifndef PCM_DUAL_TONE_H
 #define PCM_DUAL_TONE_H
@@ -17,6 +19,8 @@ PCM_EXTERN_C_BEGIN
 /**
    Writes the next samples of the dual tone.
 
+   @param toneA    advanced by so many samples
+   @param toneB    the same; may be toneA
    @param dest     room for the samples; may be null with 0 of them
    @param samples  how many, at least 0
 

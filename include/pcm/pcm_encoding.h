@@ -5,6 +5,8 @@
    An encoding is a flag word, combined with bitwise or: at most one sample type, and with it, where they matter, the
    signedness, the byte order, and the width of the container and the sample's side in it. Every operation accepts any
    word and normalises it first. What each flag means for the bytes is in pcm_convert.h.
+
+   @since 1.0
 */
 #ifndef PCM_ENCODING_H
 #define PCM_ENCODING_H
@@ -47,8 +49,10 @@ typedef pbInt PCM_ENCODING;
 /** The names of the flags, from start-up to shut-down. */
 PCM_API extern PB_FLAGSET *pcm___EncodingFlagset;
 
-/** The module's start-up and shut-down of the flag names. */
+/** The module's start-up of the flag names. */
 PCM_API void pcm___EncodingStartup(void);
+
+/** The module's shut-down of the flag names. */
 PCM_API void pcm___EncodingShutdown(void);
 
 /**

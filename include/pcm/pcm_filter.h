@@ -15,6 +15,8 @@
    filter adds no delay of its own: that of a symmetric set, such as the built-in ones, is (L - 1) / 2 frames.
 
    Every operation ends the process when an argument is null or a count is out of the range given.
+
+   @since 1.0
 */
 #ifndef PCM_FILTER_H
 #define PCM_FILTER_H
@@ -25,9 +27,14 @@
 
 PCM_EXTERN_C_BEGIN
 
+/** A filter with its memory of frames and the packets that wait in it. */
 typedef struct PCM_FILTER PCM_FILTER;
 
+/** @name Standard functions of the sort
+    @{ */
+/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmFilter, PCM_FILTER)
+/** @} */
 
 /** The sort's free function, for the runtime alone. */
 PCM_API void pcm___FilterFreeFunc(PB_OBJ *obj);

@@ -4,6 +4,8 @@
 
    A set is made once and never changes, so any number of filters and threads share it. Seven low-pass sets are built
    in, one for each filter type; asking for one costs a reference.
+
+   @since 1.0
 */
 #ifndef PCM_FILTER_COEFFICIENTS_H
 #define PCM_FILTER_COEFFICIENTS_H
@@ -13,14 +15,23 @@
 
 PCM_EXTERN_C_BEGIN
 
+/** A set of taps. */
 typedef struct PCM_FILTER_COEFFICIENTS PCM_FILTER_COEFFICIENTS;
 
+/** @name Standard functions of the sort
+    @{ */
+/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmFilterCoefficients, PCM_FILTER_COEFFICIENTS)
+/** @} */
 
 /** The sort's free function, for the runtime alone. */
 PCM_API void pcm___FilterCoefficientsFreeFunc(PB_OBJ *obj);
 
-/** The taps of the built-in sets. Each reads the same from either end. */
+/**
+   @name The taps of the built-in sets
+   @{
+*/
+/** Taps of a built-in low-pass, named after cut-off and frame rate in Hz. They read the same from either end. */
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At16000[16];
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At24000[24];
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At48000[48];
@@ -28,8 +39,13 @@ PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass6000At2400
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass6000At48000[48];
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass8000At48000[48];
 PCM_API extern const PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass12000At48000[48];
+/** @} */
 
-/** The built-in sets, from start-up to shut-down. */
+/**
+   @name The built-in sets
+   @{
+*/
+/** A built-in set, from start-up to shut-down; use pcmFilterCoefficientsCreate. */
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At16000;
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At24000;
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At48000;
@@ -37,9 +53,12 @@ PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass6000At240
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass6000At48000;
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass8000At48000;
 PCM_API extern PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass12000At48000;
+/** @} */
 
-/** The module's start-up and shut-down of the built-in sets. */
+/** The module's start-up of the built-in sets. */
 PCM_API void pcm___FilterCoefficientsStartup(void);
+
+/** The module's shut-down of the built-in sets. */
 PCM_API void pcm___FilterCoefficientsShutdown(void);
 
 /**

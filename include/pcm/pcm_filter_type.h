@@ -5,6 +5,8 @@
    Each is a low-pass, named after its cut-off frequency and the frame rate for which it is designed, in Hz and frames
    per second. The cut-off is half of a lower rate: before a signal is reduced to that rate, or after it has been
    extended from it, the filter removes what the lower rate cannot hold.
+
+   @since 1.0
 */
 #ifndef PCM_FILTER_TYPE_H
 #define PCM_FILTER_TYPE_H
@@ -33,8 +35,10 @@ typedef pbInt PCM_FILTER_TYPE;
 /** The names of the types, from start-up to shut-down. */
 PCM_API extern PB_ENUM *pcm___FilterTypeEnum;
 
-/** The module's start-up and shut-down of the names. */
+/** The module's start-up of the names. */
 PCM_API void pcm___FilterTypeStartup(void);
+
+/** The module's shut-down of the names. */
 PCM_API void pcm___FilterTypeShutdown(void);
 
 /** @return the type that pbs names, as pbEnumParse gives it: -1 when it names none. Ends the process when pbs is null.

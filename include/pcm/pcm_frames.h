@@ -8,6 +8,8 @@
    Both take the packet by its in-out handle and put a new packet there, also when the old one was not shared or has no
    frames; the old one is not changed. They end the process when pkt or *pkt is null, the factor is below 2, or a count
    does not fit in 64 bits.
+
+   @since 1.0
 */
 #ifndef PCM_FRAMES_H
 #define PCM_FRAMES_H
@@ -20,6 +22,7 @@ PCM_EXTERN_C_BEGIN
 /**
    Raises the frame rate: after each frame come mult - 1 frames of silence (+0.0).
 
+   @param pkt   in-out handle
    @param mult  at least 2
 */
 PCM_API void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult);
@@ -27,6 +30,7 @@ PCM_API void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult);
 /**
    Lowers the frame rate: of div frames the first is kept.
 
+   @param pkt  in-out handle
    @param div  at least 2; the packet's frame count is a multiple of it, otherwise the process ends
 */
 PCM_API void pcmFramesReduce(PCM_PACKET **pkt, pbInt div);

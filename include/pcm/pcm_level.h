@@ -1,6 +1,8 @@
 /**
    @file
    Level: samples made louder or softer by decibels. Nothing is clamped; saturation comes with encoding.
+
+   @since 1.0
 */
 #ifndef PCM_LEVEL_H
 #define PCM_LEVEL_H

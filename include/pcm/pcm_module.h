@@ -4,6 +4,8 @@
 
    A host obtains the descriptor with pcmModule, calls its `startup` once before anything else and its `shutdown` once
    after everything else. Neither may overlap with any other call into the library.
+
+   @since 1.0
 */
 #ifndef PCM_MODULE_H
 #define PCM_MODULE_H

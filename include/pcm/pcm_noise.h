@@ -7,6 +7,8 @@
    draw is made even for 0 samples. The table is filled at the module's start-up with samples uniformly from [-1, 1].
 
    Threads: any number may gather noise at once.
+
+   @since 1.0
 */
 #ifndef PCM_NOISE_H
 #define PCM_NOISE_H
@@ -18,8 +20,10 @@ PCM_EXTERN_C_BEGIN
 /** The 8192 samples, to be read only, from start-up to shut-down. */
 PCM_API extern PCM_SAMPLE *pcm___Noise;
 
-/** The module's start-up and shut-down of the table. */
+/** The module's start-up of the table. */
 PCM_API void pcm___NoiseStartup(void);
+
+/** The module's shut-down of the table. */
 PCM_API void pcm___NoiseShutdown(void);
 
 /**

@@ -4,6 +4,8 @@
 
    A packet has a channel count of at least 1 and any number of frames. Retaining a packet and handing it on costs one
    count; its samples are copied only when somebody changes it while somebody else holds it too.
+
+   @since 1.0
 */
 #ifndef PCM_PACKET_H
 #define PCM_PACKET_H
@@ -15,9 +17,14 @@
 
 PCM_EXTERN_C_BEGIN
 
+/** A run of frames of one channel count. */
 typedef struct PCM_PACKET PCM_PACKET;
 
+/** @name Standard functions of the sort
+    @{ */
+/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmPacket, PCM_PACKET)
+/** @} */
 
 /** The sort's free function, for the runtime alone. */
 PCM_API void pcm___PacketFreeFunc(PB_OBJ *obj);
@@ -75,7 +82,12 @@ PCM_API PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt);
 */
 PCM_API void pcmPacketClear(PCM_PACKET **pkt);
 
-/* Write: overwrite frames of a packet; its length and channel count stay.
+/**
+   @name Write: overwrite frames of a packet; its length and channel count stay
+   @{
+*/
+/**
+   Overwrites frames idx and following of the packet in the handle pkt with frames of source.
 
    The names say which frames of the source are written, as one run that starts at frame idx of the packet:
 
@@ -91,17 +103,23 @@ PCM_API void pcmPacketClear(PCM_PACKET **pkt);
 
    All end the process when an argument is missing or negative, the source does not have the frames asked for, the
    frames from idx on do not all lie within the packet, or the channel counts differ: also where 0 frames are written.
- */
-
+*/
 PCM_API void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketWrite(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source);
 PCM_API void pcmPacketWriteLeading(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
 PCM_API void pcmPacketWriteTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt frames);
 PCM_API void pcmPacketWriteOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
+/** @} */
 
-/* Insert: make a packet longer. The frames that the name selects, by the words of Write, go in before frame idx; what
-   was there follows behind them. Prepend inserts before frame 0, Append behind the last frame.
+/**
+   @name Insert, Prepend, Append: make a packet longer
+   @{
+*/
+/**
+   Puts frames of source between those of the packet in the handle pkt. The frames that the name selects, by the words
+   of Write, go in before frame idx; what was there follows behind them. Prepend inserts before frame 0, Append behind
+   the last frame.
 
    A packet with one holder grows in place, and appending to it moves no frame. A shared one is replaced in the handle
    by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is read only. It may be the
@@ -109,8 +127,8 @@ PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
 
    All end the process when an argument is missing or negative, idx is greater than the number of frames, the source
    does not have the frames asked for, or the channel counts differ: also where 0 frames are inserted. So does a length
-   that 64 bits cannot count the bytes of. */
-
+   that 64 bits cannot count the bytes of.
+*/
 PCM_API void pcmPacketInsertInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketPrependInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketAppendInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
@@ -129,6 +147,7 @@ PCM_API void pcmPacketAppendOuter(PCM_PACKET **pkt, PCM_PACKET *source, pbInt of
 PCM_API void pcmPacketInsertZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
 PCM_API void pcmPacketPrependZero(PCM_PACKET **pkt, pbInt frames);
 PCM_API void pcmPacketAppendZero(PCM_PACKET **pkt, pbInt frames);
+/** @} */
 
 /* Delete: make a packet shorter. A packet with one holder shrinks in place; a shared one is replaced in the handle by a
    new packet of the frames that remain, unless all of them do.
@@ -190,11 +209,17 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
    Overwrites a rectangle of channels x frames: sample (destFrameOffset + f, destChannelOffset + c) of the packet
    becomes sample (sourceFrameOffset + f, sourceChannelOffset + c) of an array. Other samples stay.
 
-   @param pkt                 in-out handle; a shared packet is first replaced there by a private copy, also when the
-                              rectangle is empty
-   @param source              interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
-                              the packet: one channel after another is then copied, each from its first frame on.
-   @param sourceChannelCount  channels of a frame of the array
+   @param pkt                  in-out handle; a shared packet is first replaced there by a private copy, also when the
+                               rectangle is empty
+   @param destChannelOffset    first channel to overwrite
+   @param destFrameOffset      first frame to overwrite
+   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
+                               the packet: one channel after another is then copied, each from its first frame on.
+   @param sourceChannelOffset  first channel to take
+   @param sourceChannelCount   channels of a frame of the array
+   @param sourceFrameOffset    first frame to take
+   @param channels             how many channels
+   @param frames               how many frames
 
    Ends the process when pkt, *pkt or, with frames, source is null, a count or offset is negative, the rectangle does
    not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to its
@@ -208,7 +233,14 @@ PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOf
 /**
    As pcmPacketWriteChannelsSamples from a packet.
 
-   @param source  read only; may be the packet in the handle, and is then taken as it was before the call
+   @param pkt                  in-out handle
+   @param destChannelOffset    first channel to overwrite
+   @param destFrameOffset      first frame to overwrite
+   @param sourceChannelOffset  first channel to take
+   @param sourceFrameOffset    first frame to take
+   @param channels             how many channels
+   @param frames               how many frames
+   @param source               read only; may be the packet in the handle, and is then taken as it was before the call
 
    Ends the process also when source is null or does not have the frames asked for.
 */

@@ -6,6 +6,8 @@
    their samples on writing; whoever else holds such a packet may change it through a handle of his own without touching
    what is queued. A read by the frame may end inside a packet: the queue keeps that packet, which still counts as one,
    and the next read goes on in it.
+
+   @since 1.0
 */
 #ifndef PCM_PACKET_QUEUE_H
 #define PCM_PACKET_QUEUE_H
@@ -15,9 +17,14 @@
 
 PCM_EXTERN_C_BEGIN
 
+/** A first-in, first-out store of packets of one channel count. */
 typedef struct PCM_PACKET_QUEUE PCM_PACKET_QUEUE;
 
+/** @name Standard functions of the sort
+    @{ */
+/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmPacketQueue, PCM_PACKET_QUEUE)
+/** @} */
 
 /** The sort's free function, for the runtime alone. */
 PCM_API void pcm___PacketQueueFreeFunc(PB_OBJ *obj);
@@ -53,7 +60,8 @@ PCM_API void pcmPacketQueueClear(PCM_PACKET_QUEUE **queue);
 /**
    Puts a packet at the end of the queue, also one without frames.
 
-   @param pkt  a packet of the queue's channel count; the queue takes a reference of its own
+   @param queue  in-out handle
+   @param pkt    a packet of the queue's channel count; the queue takes a reference of its own
 
    Ends the process when pkt is null or of another channel count, or a count no longer fits in 64 bits.
 */
@@ -72,6 +80,7 @@ PCM_API PCM_PACKET *pcmPacketQueueRead(PCM_PACKET_QUEUE **queue);
 /**
    Takes so many frames as one packet.
 
+   @param queue   in-out handle
    @param frames  at least 1, at most pcmPacketQueueFrames
    @return a packet of exactly so many frames, owned by the caller: when that is all that is left of the next packet,
    this packet as pcmPacketQueueRead gives it; otherwise a new one, whose samples are copied once
@@ -83,6 +92,7 @@ PCM_API PCM_PACKET *pcmPacketQueueGather(PCM_PACKET_QUEUE **queue, pbInt frames)
 /**
    Takes so many frames and copies them into an array.
 
+   @param queue   in-out handle
    @param dest    receives frames x channels samples, interleaved; may be null when frames is 0
    @param frames  at least 0, at most pcmPacketQueueFrames
 
@@ -93,6 +103,7 @@ PCM_API void pcmPacketQueueGatherSamples(PCM_PACKET_QUEUE **queue, PCM_SAMPLE *d
 /**
    Takes so many frames and adds them to what an array holds, in single precision and without clamping.
 
+   @param queue   in-out handle
    @param dest    frames x channels samples, interleaved
    @param frames  at least 1, at most pcmPacketQueueFrames
 

@@ -14,6 +14,8 @@
    process before anything is written, the channel also when there are no frames.
 
    Threads: pure functions of their arguments. They may be called at any time.
+
+   @since 1.0
 */
 #ifndef PCM_SAMPLES_H
 #define PCM_SAMPLES_H

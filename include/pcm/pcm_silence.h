@@ -3,6 +3,8 @@
    Silence: samples of +0.0, one channel.
 
    Threads: pure functions of their arguments.
+
+   @since 1.0
 */
 #ifndef PCM_SILENCE_H
 #define PCM_SILENCE_H

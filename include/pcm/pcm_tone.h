@@ -8,6 +8,8 @@
 
    A tone is passed as it is, not by handle: gathering advances it for all who hold it, and there is no way back. To
    begin again at phase 0, make a new one. A tone must not be gathered from on two threads at once.
+
+   @since 1.0
 */
 #ifndef PCM_TONE_H
 #define PCM_TONE_H
@@ -16,9 +18,14 @@
 
 PCM_EXTERN_C_BEGIN
 
+/** A sine and how far it has come. */
 typedef struct PCM_TONE PCM_TONE;
 
+/** @name Standard functions of the sort
+    @{ */
+/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmTone, PCM_TONE)
+/** @} */
 
 /** @return a new tone, owned by the caller, whose cycle is so many frames. Ends the process when period is below 1. */
 PCM_API PCM_TONE *pcmToneCreate(pbInt period);
@@ -39,6 +46,7 @@ PCM_API PCM_TONE *pcmToneTryCreateWithFrequency(pbInt frameRate, pbInt hertz);
 /**
    Writes the tone's next samples and advances it past them.
 
+   @param tone     advanced by so many samples
    @param dest     room for the samples; may be null with 0 of them
    @param samples  how many, at least 0
 
