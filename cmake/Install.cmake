@@ -56,3 +56,9 @@ if(PCM_BUILD_EXAMPLES)
     install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT examples EXCLUDE_FROM_ALL
         FILES_MATCHING PATTERN "*.c" PATTERN "*.h" PATTERN "*.cpp")
 endif()
+
+install(FILES docs/man/pcm.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
+if(PCM_BUILD_EXAMPLES)
+    file(GLOB program_pages CONFIGURE_DEPENDS docs/man/*.1)
+    install(FILES ${program_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT examples EXCLUDE_FROM_ALL)
+endif()
