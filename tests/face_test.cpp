@@ -16,6 +16,12 @@ template <> pcm::PacketQueue Make()
     queue.Write(Make<pcm::Packet>());
     return queue;
 }
+template <> pcm::Filter Make()
+{
+    pcm::Filter filter(pcm::FilterCoefficients(Samples{0.5f, 0.5f}), 2);
+    filter.Write(Make<pcm::Packet>());
+    return filter;
+}
 template <> pcm::FilterCoefficients Make()
 {
     return pcm::FilterCoefficients(Samples{0.5f, 0.5f});
@@ -42,8 +48,8 @@ template <class H> pbInt Holders(const H &handle)
 
 template <class H> class Handles : public testing::Test {
 };
-using Types =
-    testing::Types<pcm::Packet, pcm::PacketQueue, pcm::FilterCoefficients, pcm::Tone, pcm::String, pcm::Buffer>;
+using Types = testing::Types<pcm::Packet, pcm::PacketQueue, pcm::Filter, pcm::FilterCoefficients, pcm::Tone,
+                             pcm::String, pcm::Buffer>;
 TYPED_TEST_SUITE(Handles, Types);
 
 TYPED_TEST(Handles, CountTheirReferences)
@@ -158,6 +164,20 @@ TEST(Face, AQueueThatIsReadPartsFromThoseThatShareIt)
     other.Write(pcm::Packet(2));
     EXPECT_EQ(other.Packets(), 2);
     EXPECT_EQ(queue.Packets(), 1);
+}
+
+TEST(Face, AFilterThatIsWrittenPartsFromThoseThatShareIt)
+{
+    auto filter = Make<pcm::Filter>();
+    auto other = filter;
+    other.Write(Make<pcm::Packet>());
+    EXPECT_EQ(other.Frames(), 4);
+    EXPECT_EQ(filter.Frames(), 2);
+    Samples read(5, 9.0f); // two and a half frames: the half is left alone
+    filter.GatherSamples(read);
+    EXPECT_EQ(read, (Samples{0.125f, 0.25f, 0.0f, 0.0f, 9.0f}));
+    EXPECT_EQ(other.Gather(4).Samples()[4], 0.0f); // remembers -0.25: (0.25 - 0.25) / 2
+    EXPECT_EQ(Holders(filter.Coefficients()), 3);  // two filters and this one
 }
 
 TEST(Face, ToneHandlesShareTheOneTone)
