@@ -1,0 +1,16 @@
+// A dial tone, 6 dB softer, as the bytes that a telephone line carries.
+#include <pcm/pcm.hpp>
+
+#include <cstdio>
+
+int main()
+{
+    const pcm::Module module;                              // start-up here, shut-down at the end
+    pcm::Tone low(20), high(18);                           // cycles in frames: 400 and 444 Hz at 8000 frames per second
+    pcm::Packet pkt = pcm::DualToneGather(low, high, 160); // 20 ms
+    const pcm::Packet before = pkt;                        // shared: no sample is copied
+    pkt.LevelAdjust(-6.0);                                 // pkt gets a copy of its own; before stays as it is
+    const pcm::Buffer bytes = pkt.Encode(PCM_ENCODING_G711_MULAW);
+    std::printf("%lld frames are %lld bytes\n", static_cast<long long>(before.Frames()),
+                static_cast<long long>(bytes.Length()));
+}
