@@ -5,10 +5,10 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#define CHECK(condition)                                                                                               \
+#define CHECK(...)                                                                                                     \
     do {                                                                                                               \
-        if (!(condition)) {                                                                                            \
-            fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition);                                    \
+        if (!(__VA_ARGS__)) {                                                                                          \
+            fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #__VA_ARGS__);                                  \
             exit(1);                                                                                                   \
         }                                                                                                              \
     } while (0)

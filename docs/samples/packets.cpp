@@ -2,6 +2,7 @@
 
 #include <pcm/pcm.hpp>
 
+#include <algorithm>
 #include <vector>
 
 static void Make()
@@ -31,7 +32,7 @@ static void Edit()
     a.WriteZero(0, 1);        // 0 7 8 7 8 9
     a.SetFrames(8);           // 0 7 8 7 8 9 0 0
     a.PrependTrailing(a, 3);  // 9 0 0 0 7 8 7 8 9 0 0
-    CHECK(a.Frames() == 11 && a.Samples()[0] == 9.0f && a.Samples()[4] == 7.0f);
+    CHECK(std::ranges::equal(a.Samples(), std::vector<float>{9, 0, 0, 0, 7, 8, 7, 8, 9, 0, 0}));
 }
 
 static void Channels()
