@@ -1,6 +1,8 @@
 // Runs the tests between the module's start-up and shut-down, and finds objects and blocks that a test leaves behind.
 #include "support.h"
 
+#include <csignal>
+#include <dlfcn.h>
 #include <sys/resource.h>
 
 // Memory that cannot be had is the runtime's to report, also under the sanitizers.
@@ -18,6 +20,14 @@ const char *__tsan_default_options()
 }
 
 namespace {
+
+/// In a coverage build the libraries write down what they reached before a check ends the process.
+void WriteCoverage(int)
+{
+    for (const char *name : {"pb___CoverageDump", "pcm___CoverageDump"})
+        if (void *dump = dlsym(RTLD_DEFAULT, name))
+            reinterpret_cast<void (*)()>(dump)();
+}
 
 class FindsLeaks : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo &) override
@@ -42,6 +52,8 @@ int main(int argc, char **argv)
     testing::InitGoogleTest(&argc, argv);
     const rlimit noCore = {0, 0}; // ended processes are what many tests expect
     setrlimit(RLIMIT_CORE, &noCore);
+    if (dlsym(RTLD_DEFAULT, "pcm___CoverageDump"))
+        std::signal(SIGABRT, WriteCoverage); // abort() ends the process when it returns
     testing::UnitTest::GetInstance()->listeners().Append(new FindsLeaks);
     int failures;
     {

@@ -438,10 +438,14 @@ Samples watchedSamples;
 const PCM_SAMPLE *watchedBacking;
 
 /// The end by a failed check is left alone only if the packet is as it was.
-void EndOnlyIfUntouched(int)
+void (*before)(int) = nullptr;
+
+void EndOnlyIfUntouched(int signal)
 {
     if (pcmPacketBacking(watched) != watchedBacking || SamplesOf(watched) != watchedSamples)
         _exit(1);
+    if (before)
+        before(signal);
 }
 
 void Watch(PCM_PACKET *pkt)
@@ -449,7 +453,7 @@ void Watch(PCM_PACKET *pkt)
     watched = pkt;
     watchedSamples = SamplesOf(pkt);
     watchedBacking = pcmPacketBacking(pkt);
-    std::signal(SIGABRT, EndOnlyIfUntouched);
+    before = std::signal(SIGABRT, EndOnlyIfUntouched);
 }
 
 /// A mono packet of 3 frames, with a source of 5.

@@ -111,6 +111,12 @@ TEST(PbEnum, NamesAreExactAndTheLastValueCounts)
     EXPECT_EQ(pbEnumParse(enm, pcm::String("one").Get()), -1);
     EXPECT_EQ(pcm::String::Adopt(pbEnumGenerate(enm, 3)).View(), "TWO");
     EXPECT_ABORT(pbEnumGenerate(enm, 2), "known != enm->end()");
+    PB_ENUM *other = enm;
+    pbObjRetain(reinterpret_cast<PB_OBJ *>(other));
+    pbEnumSetEnumerantCstr(&other, "ONE", -1, 5);
+    EXPECT_EQ(pbEnumParse(enm, pcm::String("ONE").Get()), 1);
+    EXPECT_EQ(pbEnumParse(other, pcm::String("ONE").Get()), 5);
+    pbObjRelease(reinterpret_cast<PB_OBJ *>(other));
     pbObjRelease(reinterpret_cast<PB_OBJ *>(enm));
 }
 
@@ -149,6 +155,8 @@ TEST(PbObj, StringsAreOrderedByTextAndOthersByAddress)
     EXPECT_LT(compare("ab", "b"), 0);
     EXPECT_GT(compare("ab", "a"), 0);
     EXPECT_EQ(compare("", ""), 0);
+    const pcm::String text("its own text");
+    EXPECT_EQ(pcm::String::Adopt(pbObjToString(reinterpret_cast<PB_OBJ *>(text.Get()))).View(), "its own text");
     const pcm::Packet a(1), b(1);
     EXPECT_EQ(pcmPacketCompare(a.Get(), a.Get()), 0);
     EXPECT_EQ(pcmPacketCompare(a.Get(), b.Get()) < 0, a.Get() < b.Get());
@@ -176,6 +184,64 @@ TEST(PbRandom, SpreadsOverItsRange)
     EXPECT_EQ(allOnes, 0); // every bit takes both values
     EXPECT_EQ(anyOne, -1);
     EXPECT_ABORT(pbRandomNonNegativeIntRange(3, 3), "low < high");
+}
+
+TEST(Pb, RefusesWhatIsMissing)
+{
+    PB_VECTOR *vec = nullptr;
+    PB_ENUM *enm = nullptr;
+    PB_FLAGSET *flags = nullptr;
+    char byte = 0;
+    const struct {
+        const char *expression;
+        std::function<void()> call;
+    } rows[] = {
+        {"length >= 0", [&] { pbBufferCreateFromBytesUse(&byte, -1); }},
+        {"bytes || length == 0", [] { pbBufferCreateFromBytesUse(nullptr, 1); }},
+        {"buf", [] { pbBufferBacking(nullptr); }},
+        {"buf", [] { pbBufferLength(nullptr); }},
+        {"enm", [] { pbEnumSetEnumerantCstr(nullptr, "", -1, 0); }},
+        {"*enm", [&] { pbEnumSetEnumerantCstr(&enm, "", -1, 0); }},
+        {"enm", [] { pbEnumParse(nullptr, nullptr); }},
+        {"enm", [] { pbEnumGenerate(nullptr, 0); }},
+        {"flags", [] { pbFlagsetHasFlagCstr(nullptr, "", -1); }},
+        {"name", [] { pbFlagsetHasFlagCstr(pcm___EncodingFlagset, nullptr, -1); }},
+        {"flags", [] { pbFlagsetSetFlagCstr(nullptr, "", -1, 0); }},
+        {"*flags", [&] { pbFlagsetSetFlagCstr(&flags, "", -1, 0); }},
+        {"name", [] { pbFlagsetSetFlagCstr(&pcm___EncodingFlagset, nullptr, -1, 0); }},
+        {"flags", [] { pbFlagsetParse(nullptr, nullptr); }},
+        {"pbs", [] { pbFlagsetParse(pcm___EncodingFlagset, nullptr); }},
+        {"flags", [] { pbFlagsetGenerate(nullptr, 0); }},
+        {"size >= 0", [] { pbMemAllocN(1, -1); }},
+        {"size >= PB_SIZEOF(PB_OBJ)", [] { pb___ObjCreate(8, pcmPacketSort()); }},
+        {"sort", [] { pb___ObjCreate(sizeof(PB_OBJ), nullptr); }},
+        {"memory", [] { pb___ObjCreate(kMost, pcmPacketSort()); }},
+        {"obj", [] { pb___ObjFree(nullptr); }},
+        {"obj", [] { pb___ObjDbgSetAllocationSize(nullptr, 0); }},
+        {"bytes >= 0", [] { pb___ObjDbgSetAllocationSize(pcmPacketObj(pcmPacketCreate(1)), -1); }},
+        {"PB_INT_MUL_OK( count, size )", [] { pb___ObjDbgSetAllocationSizeN(nullptr, kMost, 2); }},
+        {"obj", [] { pbObjSort(nullptr); }},
+        {"obj", [] { pbObjToString(nullptr); }},
+        {"obj", [] { pbObjRetain(nullptr); }},
+        {"obj", [] { pbObjRelease(nullptr); }},
+        {"obj", [] { pb___ObjDbgAllocationSize(nullptr); }},
+        {"low >= 0", [] { pbRandomNonNegativeIntRange(-1, 1); }},
+        {"text || length == 0", [] { pbStringCreateFromCstr(nullptr, 1); }},
+        {"length >= -1", [] { pbStringCreateFromCstr("", -2); }},
+        {"pbs", [] { pbStringCstr(nullptr); }},
+        {"pbs", [] { pbStringLength(nullptr); }},
+        {"vec", [] { pbVectorLength(nullptr); }},
+        {"vec", [] { pbVectorAppendObj(nullptr, nullptr); }},
+        {"*vec", [&] { pbVectorAppendObj(&vec, nullptr); }},
+        {"vec", [] { pbVectorUnshift(nullptr); }},
+        {"*vec", [&] { pbVectorUnshift(&vec); }},
+        {"vec", [] { pbVectorClear(nullptr); }},
+        {"*vec", [&] { pbVectorClear(&vec); }},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.expression);
+        EXPECT_ABORT(row.call(), row.expression);
+    }
 }
 
 } // namespace
