@@ -5,6 +5,7 @@ set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 libdir=$1 work=$2
 : "${CC:=cc}" "${CXX:=c++}" "${CMAKE:=cmake}"
+export CMAKE_GENERATOR="${CMAKE_GENERATOR:-Ninja}"
 mkdir -p "$work"
 
 run() { LD_LIBRARY_PATH=$libdir "$@" || { echo "$* ended with $?"; exit 1; }; }
