@@ -18,6 +18,8 @@ libdir=$(dirname "$(find "$root/root/usr/lib" -name libpcm.so)")
 "$here/symbols.sh" "$libdir/libpcm.so" "$libdir/libpb.so"
 "$here/consumers.sh" "$libdir" "$root/consumers"
 for program in "$root"/root/usr/libexec/pcm/*; do
+    link=$root/root/usr/bin/pcm-${program##*/}
+    [ "$(readlink -f "$link")" = "$program" ] || { echo "$program has no link"; status=1; }
     LD_LIBRARY_PATH=$libdir "$program" --help >/dev/null || { echo "$program does not run"; status=1; }
 done
 
