@@ -59,6 +59,12 @@ TEST(PbMem, AcceptsNothing)
     block = static_cast<char *>(pbMemReallocN(block, 1000, 1));
     EXPECT_EQ(std::string(block, 3), "abc");
     EXPECT_EQ(pbMemReallocN(block, 0, 1), nullptr);
+    for (const auto move : {pbMemCopyN, pbMemMoveN}) {
+        char byte = 0;
+        EXPECT_ABORT(move(nullptr, &byte, 1, 1), "dest");
+        EXPECT_ABORT(move(&byte, nullptr, 1, 1), "source");
+    }
+    EXPECT_ABORT(pbMemSetN(nullptr, 0, 1, 1), "dest");
     EXPECT_ABORT(pbMemAllocN(kMost / 2, 4), "PB_INT_MUL_OK( count, size )");
     EXPECT_ABORT(pbMemAlloc(-1), "count >= 0");
     EXPECT_ABORT(pbMemAlloc(kMost), "memory"); // more than there is

@@ -2,8 +2,9 @@
    @file
    Memory. Blocks come from these operations and go back through pbMemFree, whoever owns them in between.
 
-   No operation reports a failure: memory that cannot be had, a negative count or a product that does not fit in 64 bits
-   ends the process. Threads: every operation may be called from any thread; a block belongs to its owner.
+   No operation reports a failure: memory that cannot be had, a negative count, a product that does not fit in 64 bits
+   or bytes without a pointer to them end the process. Threads: every operation may be called from any thread; a block
+   belongs to its owner.
 
    @since 1.0
 */

@@ -63,20 +63,34 @@ void pbMemCopy(void *dest, const void *source, pbInt bytes)
 
 void pbMemCopyN(void *dest, const void *source, pbInt count, pbInt size)
 {
-    if (const std::size_t bytes = Bytes(count, size))
-        std::memcpy(dest, source, bytes);
+    const std::size_t bytes = Bytes(count, size);
+    if (!bytes)
+        return;
+    PB_ASSERT(dest);
+    PB_ASSERT(source);
+
+    std::memcpy(dest, source, bytes);
 }
 
 void pbMemMoveN(void *dest, const void *source, pbInt count, pbInt size)
 {
-    if (const std::size_t bytes = Bytes(count, size))
-        std::memmove(dest, source, bytes);
+    const std::size_t bytes = Bytes(count, size);
+    if (!bytes)
+        return;
+    PB_ASSERT(dest);
+    PB_ASSERT(source);
+
+    std::memmove(dest, source, bytes);
 }
 
 void pbMemSetN(void *dest, pbInt value, pbInt count, pbInt size)
 {
-    if (const std::size_t bytes = Bytes(count, size))
-        std::memset(dest, static_cast<int>(value & 0xFF), bytes);
+    const std::size_t bytes = Bytes(count, size);
+    if (!bytes)
+        return;
+    PB_ASSERT(dest);
+
+    std::memset(dest, static_cast<int>(value & 0xFF), bytes);
 }
 
 pbInt pb___MemDbgBlocks()
