@@ -1,68 +1,7 @@
 // Channel adjustment and frame-rate change, against their plain definitions.
-#include "support.h"
+#include "packet_checks.h"
 
 #include <functional>
-#include <limits>
-
-namespace {
-
-/// Samples among which all that are not ordinary numbers appear.
-Samples OddRun(Random &random, pbInt count)
-{
-    using Limits = std::numeric_limits<float>;
-    const Samples odd = {0.0f,
-                         -0.0f,
-                         Limits::infinity(),
-                         -Limits::infinity(),
-                         Limits::quiet_NaN(),
-                         std::bit_cast<float>(0xFFC12345u),
-                         Limits::denorm_min(),
-                         Limits::max(),
-                         1.5f};
-    Samples samples = random.Run(count);
-    for (PCM_SAMPLE &sample : samples)
-        if (random.OneIn(6))
-            sample = odd[static_cast<std::size_t>(random.From(0, static_cast<pbInt>(odd.size()) - 1))];
-    return samples;
-}
-
-/// The average of a frame. Volatile: one rounding for each operation, in order, whatever the compiler would like.
-PCM_SAMPLE Downmix(const Frame &frame)
-{
-    volatile PCM_SAMPLE sum = 0.0f;
-    for (const PCM_SAMPLE sample : frame)
-        sum = sum + sample;
-    const volatile PCM_SAMPLE gain = static_cast<float>(1.0 / static_cast<double>(frame.size()));
-    return sum * gain;
-}
-
-/// Bits, with one pattern for every NaN: which of them arithmetic yields is the processor's affair.
-uint32_t Result(PCM_SAMPLE sample)
-{
-    return sample != sample ? 0x7FC00000u : std::bit_cast<uint32_t>(sample);
-}
-
-/// A packet whose samples lie at the very end of their block, which the sanitizers watch, and a second holder.
-struct Subject {
-    Subject(Random &random, pbInt channels, pbInt frames)
-        : samples(OddRun(random, channels * frames)), pkt(samples, channels), holder(pkt.Get())
-    {
-    }
-    ~Subject()
-    {
-        EXPECT_EQ(BitsOf(SamplesOf(holder.packet)), BitsOf(samples));
-        EXPECT_EQ(RefCount(holder.packet), 1 + (pkt.Get() == holder.packet));
-        ExpectSound(pkt.Get());
-    }
-
-    std::vector<Frame> Before() const { return Frames(holder.packet); }
-
-    const Samples samples;
-    pcm::Packet pkt;
-    const Holder holder;
-};
-
-} // namespace
 
 TEST(Channels, HoldTheDownmixAndWhatIsKept)
 {
@@ -73,23 +12,9 @@ TEST(Channels, HoldTheDownmixAndWhatIsKept)
                 for (const pbInt frames : {0, 1, 2, 3, 7, 8, 15, 16, 17, 31, 33, 70, 511, 512, 513}) {
                     SCOPED_TRACE(testing::Message() << channels << " to " << wanted << (expand ? " expanded, " : ", ")
                                                     << frames << " frames");
-                    Subject subject(random, channels, frames);
-                    if (expand)
-                        subject.pkt.ChannelsAdjustExpandWithDownmix(wanted);
-                    else
-                        subject.pkt.ChannelsAdjustReplaceWithDownmix(wanted);
-                    ASSERT_EQ(subject.pkt.Get() == subject.holder.packet, expand && wanted == channels);
-                    ASSERT_EQ(subject.pkt.Channels(), wanted);
-                    ASSERT_EQ(subject.pkt.Frames(), frames);
-                    const auto before = subject.Before(), after = Frames(subject.pkt.Get());
-                    const std::size_t kept = expand && wanted >= channels ? static_cast<std::size_t>(channels) : 0;
-                    for (std::size_t f = 0; f < after.size(); ++f)
-                        for (std::size_t c = 0; c < after[f].size(); ++c) {
-                            if (c < kept)
-                                ASSERT_EQ(std::bit_cast<uint32_t>(after[f][c]), std::bit_cast<uint32_t>(before[f][c]));
-                            else
-                                ASSERT_EQ(Result(after[f][c]), Result(Downmix(before[f]))) << f << ", " << c;
-                        }
+                    CheckDownmix(random, channels, wanted, expand, frames);
+                    if (HasFatalFailure())
+                        return;
                 }
 }
 
@@ -127,26 +52,9 @@ TEST(Frames, AreStuffedAndPickedBitForBit)
         for (const pbInt factor : {2, 3, 4, 5, 6, 7})
             for (pbInt frames = 0; frames <= 70; frames += random.From(1, 3)) {
                 SCOPED_TRACE(testing::Message() << channels << " channels, by " << factor << ", " << frames);
-                Subject extended(random, channels, frames);
-                extended.pkt.FramesExtend(factor);
-                ASSERT_NE(extended.pkt.Get(), extended.holder.packet);
-                ASSERT_EQ(extended.pkt.Channels(), channels);
-                Samples stuffed;
-                for (const Frame &frame : extended.Before()) {
-                    stuffed.insert(stuffed.end(), frame.begin(), frame.end());
-                    stuffed.insert(stuffed.end(), static_cast<std::size_t>(channels * (factor - 1)), 0.0f);
-                }
-                ASSERT_EQ(BitsOf(SamplesOf(extended.pkt.Get())), BitsOf(stuffed));
-
-                Subject reduced(random, channels, frames * factor);
-                reduced.pkt.FramesReduce(factor);
-                ASSERT_NE(reduced.pkt.Get(), reduced.holder.packet);
-                ASSERT_EQ(reduced.pkt.Channels(), channels);
-                Samples picked;
-                const auto before = reduced.Before();
-                for (std::size_t f = 0; f < before.size(); f += static_cast<std::size_t>(factor))
-                    picked.insert(picked.end(), before[f].begin(), before[f].end());
-                ASSERT_EQ(BitsOf(SamplesOf(reduced.pkt.Get())), BitsOf(picked));
+                CheckRates(random, channels, factor, frames);
+                if (HasFatalFailure())
+                    return;
             }
 }
 

@@ -9,7 +9,9 @@
 #include <csignal>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -104,25 +106,37 @@ inline std::vector<uint32_t> BitsOf(const Samples &samples)
     return bits;
 }
 
-/// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it.
+/// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it. Or the input is what
+/// somebody else chooses: bytes, and zeros behind them.
 class Random {
 public:
-    explicit Random(uint64_t seed = NextSeed())
-        : trace_(__FILE__, __LINE__, "seed " + std::to_string(seed)), engine_(seed)
+    explicit Random(uint64_t seed = NextSeed()) : engine_(seed)
     {
+        trace_.emplace(__FILE__, __LINE__, "seed " + std::to_string(seed));
     }
+    explicit Random(std::span<const uint8_t> bytes) : given_(true), bytes_(bytes) {}
 
-    uint64_t Bits() { return engine_(); }
-    pbInt From(pbInt low, pbInt high)
+    /// Whether all the bytes are used up.
+    bool Done() const { return given_ && bytes_.empty(); }
+
+    uint64_t Bits() { return given_ ? Take(UINT64_MAX) : engine_(); }
+    pbInt From(pbInt low, pbInt high) ///< inclusive
     {
-        return std::uniform_int_distribution<pbInt>(low, high)(engine_);
-    } ///< inclusive
+        if (!given_)
+            return std::uniform_int_distribution<pbInt>(low, high)(engine_);
+        const uint64_t span = static_cast<uint64_t>(high) - static_cast<uint64_t>(low), bits = Take(span);
+        return static_cast<pbInt>(static_cast<uint64_t>(low) + (span == UINT64_MAX ? bits : bits % (span + 1)));
+    }
     bool OneIn(pbInt n) { return From(1, n) == 1; }
     template <class T> T &Of(std::vector<T> &items)
     {
         return items[static_cast<std::size_t>(From(0, static_cast<pbInt>(items.size()) - 1))];
     }
-    PCM_SAMPLE Sample() { return std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_); }
+    PCM_SAMPLE Sample()
+    {
+        return given_ ? static_cast<float>(From(-128, 127)) / 128
+                      : std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_);
+    }
     Samples Run(pbInt count)
     {
         Samples samples;
@@ -138,6 +152,17 @@ public:
     }
 
 private:
-    testing::ScopedTrace trace_;
+    /// As many of the bytes as a number up to the limit needs.
+    uint64_t Take(uint64_t limit)
+    {
+        uint64_t bits = 0;
+        for (; limit && !bytes_.empty(); limit >>= 8, bytes_ = bytes_.subspan(1))
+            bits = bits << 8 | bytes_.front();
+        return bits;
+    }
+
+    std::optional<testing::ScopedTrace> trace_;
     std::mt19937_64 engine_;
+    const bool given_ = false;
+    std::span<const uint8_t> bytes_;
 };

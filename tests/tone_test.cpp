@@ -1,67 +1,5 @@
 // Tones, alone, two at once and one shaping another.
-#include "support.h"
-
-#include <cmath>
-
-namespace {
-
-/// The samples of a period, as the headers define them.
-struct Wave {
-    pbInt period;
-    pbInt position = 0;
-
-    PCM_SAMPLE Next()
-    {
-        const double step = 6.283185307179586 / static_cast<double>(period);
-        const double sine = std::sin(static_cast<double>(position) * step);
-        position = (position + 1) % period;
-        return static_cast<PCM_SAMPLE>(sine);
-    }
-    Samples Run(pbInt samples)
-    {
-        Samples run;
-        for (pbInt i = 0; i < samples; ++i)
-            run.push_back(Next());
-        return run;
-    }
-};
-
-/// Counts around the lengths of runs and of tables.
-constexpr pbInt kCounts[] = {0, 1, 2, 127, 128, 129, 255, 256, 257, 300, 8191, 8192, 8193};
-
-/// The two combinations, each with what it makes of two samples.
-struct Pair {
-    const char *name;
-    void (*gatherSamples)(PCM_TONE *, PCM_TONE *, PCM_SAMPLE *, pbInt);
-    void (*gatherSamplesAdd)(PCM_TONE *, PCM_TONE *, PCM_SAMPLE *, pbInt);
-    PCM_PACKET *(*gather)(PCM_TONE *, PCM_TONE *, pbInt);
-    PCM_SAMPLE (*combine)(PCM_SAMPLE a, PCM_SAMPLE b);
-
-    Samples Combine(const Samples &a, const Samples &b) const
-    {
-        Samples combined;
-        for (std::size_t i = 0; i < a.size(); ++i)
-            combined.push_back(combine(a[i], b[i]));
-        return combined;
-    }
-};
-
-const Pair kPairs[] = {
-    {"dual", pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, pcmDualToneGather,
-     [](PCM_SAMPLE a, PCM_SAMPLE b) { return (a + b) * 0.5f; }},
-    {"modulated", pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, pcmModulatedToneGather,
-     [](PCM_SAMPLE a, PCM_SAMPLE b) { return a * b; }},
-};
-
-/// Sums of what was there and what comes, sample by sample.
-Samples Sums(Samples dest, const Samples &source)
-{
-    for (std::size_t i = 0; i < dest.size(); ++i)
-        dest[i] += source[i];
-    return dest;
-}
-
-} // namespace
+#include "machines/tone_machine.h"
 
 TEST(Tone, SamplesOfACycleAreWhatAnyoneCanLookUp)
 {
@@ -86,28 +24,12 @@ TEST(Tone, SamplesOfACycleAreWhatAnyoneCanLookUp)
 
 TEST(Tone, GoesOnWhereItStoppedHoweverItIsGathered)
 {
-    for (const pbInt period : {pbInt{1}, pbInt{2}, pbInt{3}, pbInt{18}, pbInt{100}, pbInt{127}, pbInt{128}, pbInt{129},
-                               pbInt{8192}, pbInt{48000}, pbInt{INT64_MAX}}) {
-        SCOPED_TRACE(period);
-        Random random;
-        pcm::Tone tone(period);
-        auto shared = tone; // a second holder moves the same wave
-        Wave wave{period};
-        for (const pbInt count : kCounts) {
-            SCOPED_TRACE(count);
-            Samples dest(static_cast<std::size_t>(count), 0.75f);
-            tone.GatherSamples(dest);
-            ASSERT_EQ(BitsOf(dest), BitsOf(wave.Run(count)));
-
-            const Samples before = random.Run(count);
-            dest = before;
-            shared.GatherSamplesAdd(dest);
-            ASSERT_EQ(BitsOf(dest), BitsOf(Sums(before, wave.Run(count))));
-
-            const auto pkt = tone.Gather(count);
-            ASSERT_EQ(pkt.Channels(), 1);
-            ASSERT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(wave.Run(count)));
-            ExpectSound(pkt.Get());
+    Random random;
+    for (int round = 0; round < 60; ++round) {
+        ToneMachine machine(random);
+        for (int step = 0; step < 60 && !HasFailure(); ++step) {
+            SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
+            machine.Step();
         }
     }
 }
@@ -189,36 +111,6 @@ TEST(ToneOfTwo, CombinesEachSampleOfOneWithTheOthers)
         Samples samples(5);
         row.pair.gatherSamples(a.Get(), b.Get(), samples.data(), 5);
         EXPECT_EQ(samples, row.samples);
-    }
-}
-
-TEST(ToneOfTwo, GoesOnWhereItStoppedHoweverItIsGathered)
-{
-    for (const Pair &pair : kPairs) {
-        for (const auto &[periodA, periodB] :
-             {std::pair{4, 4}, std::pair{18, 23}, std::pair{1, 7}, std::pair{69, 40}, std::pair{300, 129}}) {
-            SCOPED_TRACE(std::string(pair.name).append(" ") + std::to_string(periodA) + ", " + std::to_string(periodB));
-            Random random;
-            pcm::Tone a(periodA), b(periodB);
-            Wave waveA{periodA}, waveB{periodB};
-            const auto next = [&](pbInt count) { return pair.Combine(waveA.Run(count), waveB.Run(count)); };
-            for (const pbInt count : kCounts) {
-                SCOPED_TRACE(count);
-                Samples dest(static_cast<std::size_t>(count), 0.75f);
-                pair.gatherSamples(a.Get(), b.Get(), dest.data(), count);
-                ASSERT_EQ(BitsOf(dest), BitsOf(next(count)));
-
-                const Samples before = random.Run(count);
-                dest = before;
-                pair.gatherSamplesAdd(a.Get(), b.Get(), dest.data(), count);
-                ASSERT_EQ(BitsOf(dest), BitsOf(Sums(before, next(count))));
-
-                const auto pkt = pcm::Packet::Adopt(pair.gather(a.Get(), b.Get(), count));
-                ASSERT_EQ(pkt.Channels(), 1);
-                ASSERT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(next(count)));
-                ExpectSound(pkt.Get());
-            }
-        }
     }
 }
 

@@ -1,0 +1,21 @@
+// What every fuzz program does with an input: a failed expectation of the models is a crash, and nothing is left
+// behind.
+#include "fuzz.h"
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    testing::InitGoogleTest(argc, *argv);
+    testing::GTEST_FLAG(throw_on_failure) = true; // nobody catches
+    pcmModule()->startup();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
+{
+    const pbInt objects = pb___ObjDbgObjects(), blocks = pb___MemDbgBlocks();
+    Random random(std::span(data, size));
+    Drive(random);
+    EXPECT_EQ(pb___ObjDbgObjects(), objects) << "objects left behind";
+    EXPECT_EQ(pb___MemDbgBlocks(), blocks) << "blocks left behind";
+    return 0;
+}
