@@ -123,34 +123,6 @@ TYPED_TEST(Handles, AreEmptyAfterAMoveAndUsableAgain)
     EXPECT_EQ(Holders(handle), 5);
 }
 
-TEST(Face, AHandleThatIsChangedPartsFromThoseThatShareIt)
-{
-    auto pkt = Make<pcm::Packet>();
-    const auto samples = SamplesOf(pkt.Get());
-    const struct {
-        const char *name;
-        std::function<void(pcm::Packet &)> change;
-    } changes[] = {
-        {"write", [](pcm::Packet &p) { p.WriteZero(0, 1); }},
-        {"write itself", [](pcm::Packet &p) { p.WriteLeading(1, p, 1); }},
-        {"insert itself", [](pcm::Packet &p) { p.Insert(1, p); }},
-        {"delete", [](pcm::Packet &p) { p.DelTrailing(1); }},
-        {"level", [](pcm::Packet &p) { p.LevelAdjust(6); }},
-        {"samples", [](pcm::Packet &p) { p.MutableSamples()[3] = 0; }},
-        {"clear", [](pcm::Packet &p) { p.Clear(); }},
-    };
-    for (const auto &row : changes) {
-        SCOPED_TRACE(row.name);
-        auto changed = pkt;
-        row.change(changed);
-        EXPECT_NE(changed.Get(), pkt.Get());
-        EXPECT_NE(SamplesOf(changed.Get()), samples);
-        EXPECT_EQ(SamplesOf(pkt.Get()), samples);
-        EXPECT_EQ(Holders(pkt), 1);
-        EXPECT_EQ(Holders(changed), 1);
-    }
-}
-
 TEST(Face, AQueueThatIsReadPartsFromThoseThatShareIt)
 {
     auto queue = Make<pcm::PacketQueue>();
@@ -203,8 +175,6 @@ TEST(Face, TextsAndBytesMayBeEmpty)
     EXPECT_EQ(pcm::String(std::string_view()).View(), "");
     EXPECT_EQ(pcm::String(std::string_view("a\0b", 3)).View(), std::string_view("a\0b", 3));
     EXPECT_TRUE(pcm::Buffer(std::span<const std::byte>()).Bytes().empty());
-    EXPECT_EQ(pcm::Encoding(PCM_ENCODING_INT_16 | PCM_ENCODING_BIG_ENDIAN),
-              pcm::Encoding::FromString(pcm::Encoding(PCM_ENCODING_INT_16 | PCM_ENCODING_BIG_ENDIAN).ToString()));
 }
 
 } // namespace
