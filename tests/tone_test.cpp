@@ -114,35 +114,6 @@ TEST(ToneOfTwo, CombinesEachSampleOfOneWithTheOthers)
     }
 }
 
-TEST(ToneOfTwo, OneToneAsBothGivesOneRunAfterTheOther)
-{
-    for (const Pair &pair : kPairs) {
-        SCOPED_TRACE(pair.name);
-        pcm::Tone tone(37);
-        Wave wave{37};
-        const auto next = [&](pbInt count) {
-            const Samples a = wave.Run(count);
-            return pair.Combine(a, wave.Run(count));
-        };
-
-        Samples dest(300);
-        pair.gatherSamples(tone.Get(), tone.Get(), dest.data(), 300);
-        EXPECT_EQ(BitsOf(dest), BitsOf(next(300)));
-
-        dest.assign(300, 2.0f);
-        pair.gatherSamplesAdd(tone.Get(), tone.Get(), dest.data(), 300);
-        Samples expected;
-        for (const pbInt run : {128, 128, 44})
-            for (const PCM_SAMPLE sample : next(run))
-                expected.push_back(2.0f + sample);
-        EXPECT_EQ(BitsOf(dest), BitsOf(expected));
-
-        const auto pkt = pcm::Packet::Adopt(pair.gather(tone.Get(), tone.Get(), 129));
-        EXPECT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(next(129)));
-        EXPECT_EQ(BitsOf(SamplesOf(tone.Gather(40).Get())), BitsOf(wave.Run(40)));
-    }
-}
-
 TEST(ToneOfTwo, BrokenPreconditionsEndTheProcess)
 {
     pcm::Tone handleA(5), handleB(6);
