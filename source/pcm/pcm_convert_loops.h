@@ -6,8 +6,9 @@
 /// Encodes one sample at a time into any container. Stores words of eight bytes where the next container, written
 /// after it, takes what is too much; the last container is written exactly.
 template <class Sample>
-PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
+PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &shape, pbInt samples)
 {
+    const Layout layout = shape; // a copy, which the bytes written cannot be
     if (layout.container >= 5) {
         for (; samples > 1; --samples, ++source, dest += layout.container)
             StoreWhole(dest, layout.Place(Sample::Encode(*source)));
@@ -18,8 +19,9 @@ PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layou
 
 /// The way back.
 template <class Sample>
-PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &shape, pbInt samples)
 {
+    const Layout layout = shape;
     if (layout.container >= 5) {
         for (; samples > 1; --samples, ++dest, source += layout.container)
             *dest = Sample::Decode(layout.Take(LoadWhole(source)));
