@@ -213,6 +213,18 @@ void CheckRun(PCM_PACKET *source, pbInt offset, pbInt frames)
     PB_ASSERT(offset + frames <= source->frames);
 }
 
+/// The packet has these frames, to silence, to remove or to keep.
+void CheckPart(PCM_PACKET **pkt, pbInt idx, pbInt frames)
+{
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
+    PB_ASSERT(idx >= 0);
+    PB_ASSERT(frames >= 0);
+    if (frames)
+        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
+    PB_ASSERT(idx + frames <= (*pkt)->frames);
+}
+
 // First frames that stand for a part of the source. Each checks what it reads.
 pbInt Start(PCM_PACKET *source)
 {
@@ -276,13 +288,7 @@ void pcmPacketWriteOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt 
 
 void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
-    PB_ASSERT(idx >= 0);
-    PB_ASSERT(frames >= 0);
-    if (frames)
-        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
-    PB_ASSERT(idx + frames <= (*pkt)->frames);
+    CheckPart(pkt, idx, frames);
 
     if (frames == 0)
         return;
@@ -447,18 +453,6 @@ void pcmPacketAppendZero(PCM_PACKET **pkt, pbInt frames)
 // one.
 
 namespace {
-
-/// There are these frames to remove or to keep.
-void CheckPart(PCM_PACKET **pkt, pbInt idx, pbInt frames)
-{
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
-    PB_ASSERT(idx >= 0);
-    PB_ASSERT(frames >= 0);
-    if (frames)
-        PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
-    PB_ASSERT(idx + frames <= (*pkt)->frames);
-}
 
 /// Puts a part of a shared packet into the handle, as a packet of its own.
 template <class Append> void ReplaceByPart(PCM_PACKET **pkt, pbInt idx, pbInt frames, Append append)
