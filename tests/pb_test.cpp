@@ -234,6 +234,7 @@ TEST(Pb, RefusesWhatIsMissing)
         {"low >= 0", [] { pbRandomNonNegativeIntRange(-1, 1); }},
         {"text || length == 0", [] { pbStringCreateFromCstr(nullptr, 1); }},
         {"length >= -1", [] { pbStringCreateFromCstr("", -2); }},
+        {"PB_INT_ADD_OK( length, 1 )", [] { pbStringCreateFromCstr("", kMost); }},
         {"pbs", [] { pbStringCstr(nullptr); }},
         {"pbs", [] { pbStringLength(nullptr); }},
         {"vec", [] { pbVectorLength(nullptr); }},
