@@ -222,8 +222,8 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
    @param frames               how many frames
 
    Ends the process when pkt, *pkt or, with frames, source is null, a count or offset is negative, the rectangle does
-   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to its
-   end.
+   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to the
+   last sample taken.
 */
 PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
                                            const PCM_SAMPLE *source, pbInt sourceChannelOffset,
