@@ -1,9 +1,14 @@
 // The channels of packets: how many, which, and from where.
 #include "packet_checks.h"
 
+#include <utility>
+
 namespace {
 
 constexpr pbInt kMost = INT64_MAX;
+
+/// What others do while the library copies a packet, once.
+std::function<void()> meanwhile;
 
 /// What the library last told an account.
 struct {
@@ -12,7 +17,13 @@ struct {
 
 } // namespace
 
-// This stands before the runtime's own, for the library too.
+// These stand before the runtime's own, for the library too.
+extern "C" void pbMemCopy(void *dest, const void *source, pbInt bytes)
+{
+    Runtime<decltype(pbMemCopy)>("pbMemCopy")(dest, source, bytes);
+    if (meanwhile)
+        std::exchange(meanwhile, nullptr)();
+}
 extern "C" void pb___ObjDbgSetAllocationSizeN(PB_OBJ *obj, pbInt count, pbInt size)
 {
     account = {count, size};
@@ -41,6 +52,17 @@ TEST(PacketLayout, WithoutFramesThereIsNoBlockAndAnAccountOfNoFrames)
         EXPECT_EQ(pcmPacketBacking(pkt.Get()), nullptr);
         EXPECT_EQ(account.count, 0);
         EXPECT_EQ(account.size, std::min(row.channels, kMost / 4) * 4);
+    }
+}
+
+TEST(PacketLayout, SamplesOfThePacketItselfAreReadAsTheyWereOnlyIfItIsShared)
+{
+    for (const bool shared : {false, true}) {
+        auto pkt = MakePacket(2, {1, 2, 3, 4, 5, 6}), other = shared ? pkt : pcm::Packet();
+        meanwhile = [&] { other = pcm::Packet(); }; // the old samples are now the call's alone
+        pcmPacketWriteChannelsSamples(pkt.Address(), 0, 1, pkt.Samples().data(), 0, 2, 0, 1, 2);
+        EXPECT_EQ(SamplesOf(pkt.Get()), shared ? (Samples{1, 2, 1, 4, 3, 6}) : (Samples{1, 2, 1, 4, 1, 6}));
+        meanwhile = nullptr;
     }
 }
 

@@ -213,8 +213,10 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
                                rectangle is empty
    @param destChannelOffset    first channel to overwrite
    @param destFrameOffset      first frame to overwrite
-   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
-                               the packet: one channel after another is then copied, each from its first frame on.
+   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may be
+                               the packet's own samples. Those of a shared packet are taken as they were before the
+                               call. Those of a private one are read while they change: one channel after another is
+                               copied, each from its first frame on.
    @param sourceChannelOffset  first channel to take
    @param sourceChannelCount   channels of a frame of the array
    @param sourceFrameOffset    first frame to take

@@ -672,7 +672,7 @@ void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pb
         PB_ASSERT(PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) ));
     }
 
-    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    const auto kept = pcm::MakePrivate(pkt, pcmPacketCreateFrom); // the source may lie in it
     if (empty)
         return;
     const pbInt destChannels = (*pkt)->channels;
