@@ -33,7 +33,8 @@ PB_API void pbEnumSetEnumerantCstr(PB_ENUM **enm, const char *name, pbInt length
 /** @return the value of the name that pbs holds exactly, or -1 when there is none. */
 PB_API pbInt pbEnumParse(PB_ENUM *enm, PB_STRING *pbs);
 
-/** @return a new string with the first name of the value; ends the process when there is none. */
+/** @return a reference, owned by the caller, to a string with the first name of the value, which others may hold too.
+    Ends the process when there is none. */
 PB_API PB_STRING *pbEnumGenerate(PB_ENUM *enm, pbInt value);
 
 PB_EXTERN_C_END

@@ -2,7 +2,7 @@
    @file
    Memory. Blocks come from these operations and go back through pbMemFree, whoever owns them in between.
 
-   No operation reports a failure: memory that cannot be had, a negative count, a product that does not fit in 64 bits
+   No operation reports a failure: an allocation that fails, a negative count, a product that does not fit in 64 bits
    or bytes without a pointer to them end the process. Threads: every operation may be called from any thread; a block
    belongs to its owner.
 
@@ -15,7 +15,8 @@
 
 PB_EXTERN_C_BEGIN
 
-/** @return a block of at least so many bytes, aligned for every scalar type, contents indeterminate; null for 0. */
+/** @return a block of at least so many bytes, aligned for every scalar type, contents indeterminate; for 0 bytes null
+   or a block that pbMemFree accepts. */
 PB_API void *pbMemAlloc(pbInt bytes);
 
 /** @return a block for count elements of size bytes each, as pbMemAlloc. */
@@ -27,7 +28,7 @@ PB_API void *pbMemAllocN(pbInt count, pbInt size);
    @param block  a block, invalid afterwards, or null for a fresh one
    @param count  elements of the resized block
    @param size   bytes of each
-   @return the resized block; null for 0 bytes, the old block being freed
+   @return the resized block; for 0 bytes as pbMemAlloc, the old block being freed
 */
 PB_API void *pbMemReallocN(void *block, pbInt count, pbInt size);
 

@@ -19,7 +19,7 @@ PB_EXTERN_C_BEGIN
    @param length  how many bytes, or -1: up to the NUL
    @return a new string, owned by the caller
 
-   Ends the process when length is below -1 or text is missing.
+   Ends the process when length is out of range or text is missing.
 */
 PB_API PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length);
 
