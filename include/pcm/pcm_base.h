@@ -13,8 +13,9 @@
    the caller's pointer, its *handle*; a shared object is first replaced there by a private one, and the other holders
    keep what they have. Tones are the exception: gathering advances the tone that every holder shares.
 
-   **Failure.** A broken precondition ends the process with the text of the condition (see pb___Abort), before anything
-   is written; so does memory that cannot be had. `Try` operations answer null to input that cannot be handled.
+   **Failure.** A broken precondition ends the process with the text of the condition (see pb___Abort), and so does an
+   allocation that fails. No sample that anybody sees has changed by then; the handle may hold a private copy already.
+   `Try` operations answer null to input that cannot be handled.
 
    **Threads.** Any number of threads may hold and read the same packet, queue, filter or coefficient set, and each may
    change it through a handle of its own; one handle must not be used by two threads at once. A tone must not be

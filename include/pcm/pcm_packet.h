@@ -121,9 +121,9 @@ PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
    of Write, go in before frame idx; what was there follows behind them. Prepend inserts before frame 0, Append behind
    the last frame.
 
-   A packet with one holder grows in place, and appending to it moves no frame. A shared one is replaced in the handle
-   by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is read only. It may be the
-   packet in the handle, and is then taken as it was before the call.
+   A packet with one holder stays the same object; its block is resized, which may move all its frames. A shared one is
+   replaced in the handle by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is
+   read only. It may be the packet in the handle, and is then taken as it was before the call.
 
    All end the process when an argument is missing or negative, idx is greater than the number of frames, the source
    does not have the frames asked for, or the channel counts differ: also where 0 frames are inserted. So does a length
