@@ -16,8 +16,8 @@
 
    **G.711** (ITU-T G.711): encoding truncates to 16 bits and looks the magnitude up in the tables below, without its
    three lowest bits; samples at or beyond full scale get the outermost code, NaN the code of 0. Decoding looks the code
-   up and divides by 32768. Of the decoded mu-law values 224 of 256, those above the lowest segment, have a magnitude 4
-   below that of the recommendation, in 16-bit units.
+   up and divides by 32768. The decoded mu-law values of all codes above the lowest segment, 224 of 256, lie
+   4 below those of the recommendation, in 16-bit units and for both signs.
 
    Between two external encodings the result is that of decoding and then encoding. Dest and source must not overlap.
 
