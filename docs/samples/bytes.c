@@ -10,11 +10,11 @@ static PB_BUFFER *BufferOf(const void *bytes, pbInt length)
     return pbBufferCreateFromBytesUse(block, length); /* frees the block with the buffer */
 }
 
-/* The payload of an RTP packet in A-law, 3 dB softer, in mu-law. An empty payload gives an empty buffer. */
+/* The A-law payload of an RTP packet, 3 dB softer, in mu-law. An empty payload gives an empty buffer. */
 static PB_BUFFER *Softer(const void *payload, pbInt length)
 {
     PB_BUFFER *source = BufferOf(payload, length);
-    PCM_PACKET *pkt = pcmPacketTryDecode(source, PCM_ENCODING_G711_ALAW, 1);
+    PCM_PACKET *pkt = pcmPacketTryDecode(source, PCM_ENCODING_G711_ALAW, 1); /* any length is right */
     pcmLevelAdjust(&pkt, -3.0);
     PB_BUFFER *dest = pcmPacketEncode(pkt, PCM_ENCODING_G711_MULAW);
     pcmPacketRelease(pkt);

@@ -10,14 +10,14 @@ static void Decode()
     const pcm::Buffer bytes(std::as_bytes(std::span(line)));
     const auto pkt = pcm::Packet::TryDecode(bytes, PCM_ENCODING_INT_16 | PCM_ENCODING_LITTLE_ENDIAN, 2);
     if (!pkt)
-        std::puts("not a whole number of frames");
+        return;                                          // not a whole number of frames
     const auto law = pkt.Encode(PCM_ENCODING_G711_ALAW); // two bytes
     const auto same = pcm::TryConvert(PCM_ENCODING_G711_ALAW, bytes, PCM_ENCODING_INT_16);
     CHECK(pkt.Frames() == 1 && pkt.Samples()[1] == -0.5f);
     CHECK(law.Length() == 2 && same.Bytes()[0] == law.Bytes()[0]);
 }
 
-// Into memory of one's own: 16-bit bytes from anywhere, as floats in an array. Nothing is allocated.
+// Decodes 16-bit bytes into an array and returns the number of samples: as many as there are, or have room.
 static pbInt DecodeInto(std::span<float> samples, std::span<const std::byte> bytes)
 {
     return pcm::Convert(std::as_writable_bytes(samples), 0, bytes, PCM_ENCODING_INT_16);

@@ -2,8 +2,8 @@
    @file
    Objects, their sorts, and the modules that own the sorts.
 
-   Every value that a library of the product hands out is an object: a structure that begins with a PB_OBJ and lives
-   as long as its reference count is above 0. A pointer to any object may be cast to `PB_OBJ *`.
+   Libraries of the product return objects: structures that begin with a PB_OBJ and exist as long as their reference
+   count is above 0. A pointer to any object may be cast to `PB_OBJ *`.
 
    Threads: reference counts change atomically, so any number of threads may hold, retain and release one object.
 
@@ -100,7 +100,7 @@ PB_API void pb___ObjFree(PB_OBJ *obj);
     for one object at a time. */
 PB_API void pb___ObjDbgSetAllocationSize(PB_OBJ *obj, pbInt bytes);
 
-/** As pb___ObjDbgSetAllocationSize with count elements of size bytes each. */
+/** Records the same, given as count elements of size bytes each. */
 PB_API void pb___ObjDbgSetAllocationSizeN(PB_OBJ *obj, pbInt count, pbInt size);
 
 /** Returns the sort of obj. Ends the process when obj is null. */

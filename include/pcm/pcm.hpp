@@ -25,7 +25,7 @@
 
 namespace pcm {
 
-/// Any object as a generic one; null stays null.
+/// Returns any object as a generic one; null stays null.
 template <class T> PB_OBJ *Obj(T *object) noexcept
 {
     return reinterpret_cast<PB_OBJ *>(object);
@@ -41,7 +41,7 @@ template <class T> void Release(T *object)
     pbObjRelease(Obj(object));
 }
 
-/// How many elements a span has, in the library's integers.
+/// Returns the number of elements of a span, in the library's integers.
 template <class T> constexpr pbInt Size(std::span<T> run) noexcept
 {
     return static_cast<pbInt>(run.size());
@@ -95,14 +95,15 @@ public:
     /// Gives the reference to the caller and leaves the handle empty.
     [[nodiscard]] T *Detach() noexcept { return std::exchange(object_, nullptr); }
 
-    /// What the object says of itself, as pbObjToString. Ends the process when the handle is empty.
+    /// Describes the object, as pbObjToString. Ends the process when the handle is empty.
     std::string ToString() const;
-    /// Compares two objects as pbObjCompare: by the sort's own order, else by address; an empty handle comes first.
+    /// Orders two objects as pbObjCompare: by the sort's own order, else by address; an empty handle comes first.
     friend std::weak_ordering operator<=>(const Handle &a, const Handle &b)
     {
         return pbObjCompare(Obj(a.object_), Obj(b.object_)) <=> 0;
     }
-    /// Whether that order is 0: of packets, queues, filters, coefficient sets and tones, whether they are one object.
+    /// Returns whether that order is 0: two packets, queues, filters, coefficient sets or tones are equal when they are
+    /// the same object, two strings when they have the same text.
     friend bool operator==(const Handle &a, const Handle &b) { return (a <=> b) == 0; }
 
 protected:
