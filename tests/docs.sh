@@ -50,6 +50,11 @@ for page in $pages; do
     for link in $(grep -oE '\]\([^)#:]+' "$page" | cut -c3-); do
         [ -e "$(dirname "$page")/$link" ] || { echo "$page links to $link, which is not there"; status=1; }
     done
+    for link in $(grep -oE '\]\([^):]*#[^)]+' "$page" | cut -c3-); do
+        target=${link%%#*}
+        grep '^#' "$(dirname "$page")/${target:-$(basename "$page")}" | tr 'A-Z ' 'a-z-' | tr -cd 'a-z0-9\n-' |
+            grep -qx -e "-*${link#*#}" || { echo "$page links to the section $link, which is not there"; status=1; }
+    done
 done
 
 # Whatever number the line has today.

@@ -1,4 +1,4 @@
-// Ends in the middle, and says by which calls it came there.
+// Ends the process and prints the calls that led there.
 #include <pcm/pcm.hpp>
 
 #include <csignal>

@@ -5,7 +5,7 @@
 /* A copy of bytes as a buffer. The caller releases it with pbObjRelease((PB_OBJ *)buffer). */
 static PB_BUFFER *BufferOf(const void *bytes, pbInt length)
 {
-    void *block = pbMemAlloc(length); /* null for 0 bytes, which is accepted below */
+    void *block = pbMemAlloc(length); /* for 0 bytes it may be null, which is accepted below */
     pbMemCopyN(block, bytes, length, 1);
     return pbBufferCreateFromBytesUse(block, length); /* frees the block with the buffer */
 }

@@ -19,7 +19,7 @@ typedef struct PB_BUFFER PB_BUFFER;
 /**
    Makes a buffer of a block of bytes without copying it.
 
-   @param bytes   a block from pbMemAlloc or pbMemAllocN, taken over without a copy; null when length is 0
+   @param bytes   a block from pbMemAlloc or pbMemAllocN, taken over without a copy; may be null when length is 0
    @param length  its bytes, at least 0
    @return a new buffer, owned by the caller; destroying it frees the block
 
