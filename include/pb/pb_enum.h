@@ -33,7 +33,8 @@ PB_API void pbEnumSetEnumerantCstr(PB_ENUM **enm, const char *name, pbInt length
 /** Returns the value of the name that is exactly the text pbs, or -1 when enm has no such name. */
 PB_API pbInt pbEnumParse(PB_ENUM *enm, PB_STRING *pbs);
 
-/** @return a new string with the first name of the value; ends the process when there is none. */
+/** Returns a string with the first name of value: a reference, owned by the caller, to a string that others may hold
+    too. Ends the process when there is none. */
 PB_API PB_STRING *pbEnumGenerate(PB_ENUM *enm, pbInt value);
 
 PB_EXTERN_C_END

@@ -15,7 +15,8 @@
 
 PB_EXTERN_C_BEGIN
 
-/** Allocates a block of bytes, aligned for every scalar type, its contents indeterminate. Returns it; null for 0. */
+/** Allocates a block of bytes, aligned for every scalar type, its contents indeterminate. Returns it; for 0 bytes null
+   or a block that pbMemFree accepts. */
 PB_API void *pbMemAlloc(pbInt bytes);
 
 /** Allocates a block for count elements of size bytes each. Returns it as pbMemAlloc. */
@@ -27,7 +28,7 @@ PB_API void *pbMemAllocN(pbInt count, pbInt size);
    @param block  a block, invalid afterwards, or null for a fresh one
    @param count  elements of the resized block
    @param size   bytes of each
-   @return the resized block; null for 0 bytes, the old block being freed
+   @return the resized block; for 0 bytes as pbMemAlloc, the old block being freed
 */
 PB_API void *pbMemReallocN(void *block, pbInt count, pbInt size);
 

@@ -17,7 +17,8 @@ PB_EXTERN_C_BEGIN
 /** Draws an integer, uniformly from the whole signed 64-bit range. */
 PB_API pbInt pbRandomInt(void);
 
-/** Draws an integer, uniformly from low up to but not including high. Ends the process unless 0 <= low < high. */
+/** Draws an integer, uniformly from low up to but not including high; another runtime may draw high too. Ends the
+   process unless 0 <= low < high. */
 PB_API pbInt pbRandomNonNegativeIntRange(pbInt low, pbInt high);
 
 PB_EXTERN_C_END

@@ -21,7 +21,7 @@ PB_EXTERN_C_BEGIN
    @param length  the number of bytes, or -1: up to the NUL
    @return a new string, owned by the caller
 
-   Ends the process when length is below -1 or text is null with another length than 0.
+   Ends the process when length is out of range, or text is null with another length than 0.
 */
 PB_API PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length);
 

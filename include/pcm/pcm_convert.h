@@ -9,15 +9,16 @@
 
    **Integers** of N bytes have full scale 2^(8N-1): -1.0 is the most negative integer, and 1.0, one step above the most
    positive, saturates to it. Encoding multiplies by 2^31 in single precision (unsigned: adds 2^31 in the same
-   rounding), truncates toward zero to 32 bits and keeps the N most significant bytes; NaN becomes 0. Decoding
-   multiplies by 2^-(8N-1), unsigned minus 1.0 with one rounding; 32-bit integers are first rounded to single precision.
+   rounding), truncates toward zero to 32 bits and keeps the N most significant bytes, so that fewer than 32 bits are
+   rounded down, toward negative infinity; NaN becomes 0. Decoding multiplies by 2^-(8N-1), unsigned minus 1.0 with one
+   rounding; 32-bit integers are first rounded to single precision.
 
    **Float** (IEEE 754 single precision) keeps all its bits.
 
-   **G.711** (ITU-T G.711): encoding truncates to 16 bits and looks the magnitude up in the tables below, without its
-   three lowest bits; samples at or beyond full scale get the outermost code, NaN the code of 0. Decoding looks the code
-   up and divides by 32768. The decoded mu-law values of all codes above the lowest segment, 224 of 256, lie
-   4 below those of the recommendation, in 16-bit units and for both signs.
+   **G.711** (ITU-T G.711): encoding truncates toward zero to 16 bits and looks the magnitude up in the tables below,
+   without its three lowest bits; samples at or beyond full scale get the outermost code, NaN the code of 0. Decoding
+   looks the code up and divides by 32768. The decoded mu-law values of all codes above the lowest segment, 224 of 256,
+   lie 4 below those of the recommendation, in 16-bit units and for both signs.
 
    Between two external encodings the result is that of decoding and then encoding. Dest and source must not overlap.
 

@@ -132,9 +132,9 @@ PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
    Inserts frames of source before frame idx of the packet in the handle pkt. The names say which frames of the source
    are taken, and the parameters mean the same, as with Write. Prepend inserts before frame 0, Append after the last.
 
-   A packet with one holder grows in place, and appending to it moves no frame. A shared one is replaced in the handle
-   by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is read only. It may be the
-   packet in the handle, and is then taken as it was before the call.
+   A packet with one holder stays the same object; its block is resized, which may move all its frames. A shared one is
+   replaced in the handle by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is
+   read only. It may be the packet in the handle, and is then taken as it was before the call.
 
    All end the process when an argument is null or negative, idx is greater than the number of frames, the source does
    not have the frames asked for, or the channel counts differ: also where 0 frames are inserted; and when the size of
@@ -221,8 +221,10 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
                                rectangle is empty
    @param destChannelOffset    first channel to overwrite
    @param destFrameOffset      first frame to overwrite
-   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
-                               the packet: one channel after another is then copied, each from its first frame on.
+   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may be
+                               the packet's own samples. Those of a shared packet are taken as they were before the
+                               call. Those of a private one are read while they change: one channel after another is
+                               copied, each from its first frame on.
    @param sourceChannelOffset  first channel to take
    @param sourceChannelCount   channels of a frame of the array
    @param sourceFrameOffset    first frame to take
@@ -230,8 +232,8 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
    @param frames               how many frames
 
    Ends the process when pkt, *pkt or, with frames, source is null, a count or offset is negative, the rectangle does
-   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to its
-   end.
+   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to the
+   last sample taken.
 */
 PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
                                            const PCM_SAMPLE *source, pbInt sourceChannelOffset,

@@ -35,9 +35,9 @@ PCM_API PCM_TONE *pcmToneCreate(pbInt period);
 
    @param frameRate  frames per second, above 0
    @param hertz      the frequency wanted, above 0
-   @return a new tone, owned by the caller; null when the cycle would be shorter than one frame
+   @return a new tone, owned by the caller; null when the period is below 1 frame
 
-   The period is frameRate / hertz as pbRealToInt makes it an integer, and the frequency of the tone is frameRate /
+   The period is frameRate / hertz, rounded as pbRealToInt does, and the frequency of the tone is frameRate /
    period: at 8000 frames per second 440 Hz becomes a period of 18 frames, which is 444.4 Hz. Ends the process when an
    argument is out of range.
 */
