@@ -15,7 +15,7 @@ struct SignedCodec {
 struct OffsetCodec {
     template <class Samples> PCM_TARGET static auto Encode(Samples samples)
     {
-        return Unsigned(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+        return UnsignedTop(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
     }
     template <class Codes> PCM_TARGET static auto Decode(Codes codes)
     {
@@ -24,7 +24,11 @@ struct OffsetCodec {
 };
 
 /// Offset binary of four bytes: rounded to single precision before the offset is taken away.
-struct Offset32Codec : OffsetCodec {
+struct Offset32Codec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples)
+    {
+        return Unsigned(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+    }
     template <class Codes> PCM_TARGET static auto Decode(Codes codes)
     {
         const auto value = FromUnsigned(codes);
@@ -196,20 +200,35 @@ PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
     return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kLanes);
 }
 
-/// The first and the last vector overlap their neighbours; a run too short for one goes through a local array.
+/// A run too short for a vector goes through a local array.
+template <class Codec, int kContainer, pbInt kBytes>
+PCM_TARGET [[gnu::noinline]] void EncodeShort(uint8_t *dest, const PCM_SAMPLE *source, Words control, pbInt samples)
+{
+    PCM_SAMPLE in[kLanes] = {};
+    uint8_t out[kLanes * kBytes];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
+    EncodeVector<Codec, kContainer>(out, in, control);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
+}
+
+template <class Codec, int kContainer, pbInt kBytes>
+PCM_TARGET [[gnu::noinline]] void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, Words control, pbInt samples)
+{
+    uint8_t in[kLanes * kBytes] = {};
+    PCM_SAMPLE out[kLanes];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
+    DecodeVector<Codec, kContainer>(out, in, control);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
+}
+
+/// The first and the last vector overlap their neighbours.
 template <class Codec, int kContainer>
 PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(PackControl(layout));
-    if (samples < kLanes) {
-        PCM_SAMPLE in[kLanes] = {};
-        uint8_t out[kLanes * kBytes];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        EncodeVector<Codec, kContainer>(out, in, control);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
-        return;
-    }
+    if (samples < kLanes)
+        return EncodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
     EncodeVector<Codec, kContainer>(dest, source, control);
     const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
     for (pbInt i = SamplesBeforeVector(wide); i < samples - kLanes; i += kLanes)
@@ -222,14 +241,8 @@ PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout 
 {
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(SpreadControl(layout));
-    if (samples < kLanes) {
-        uint8_t in[kLanes * kBytes] = {};
-        PCM_SAMPLE out[kLanes];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
-        DecodeVector<Codec, kContainer>(out, in, control);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        return;
-    }
+    if (samples < kLanes)
+        return DecodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
     DecodeVector<Codec, kContainer>(dest, source, control);
     for (pbInt i = SamplesBeforeVector(dest); i < samples - kLanes; i += kLanes)
         DecodeVector<Codec, kContainer>(dest + i, source + i * kBytes, control);
