@@ -157,11 +157,17 @@ PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layou
 /// back from there.
 template <int kContainer, int... kAt> PCM_TARGET inline Words Gathered(Words words, Numbers<kAt...>)
 {
-    return __builtin_shufflevector(words, words, (kAt / kContainer * 4 + kAt % kContainer) % kLanes...);
+    if constexpr (kLanes == 4)
+        return words; // the front is all there is
+    else
+        return __builtin_shufflevector(words, words, (kAt / kContainer * 4 + kAt % kContainer) % kLanes...);
 }
 template <int kContainer, int... kAt> PCM_TARGET inline Words Scattered(Words words, Numbers<kAt...>)
 {
-    return __builtin_shufflevector(words, words, (kAt / 4 * kContainer + (kAt % 4) % kContainer)...);
+    if constexpr (kLanes == 4)
+        return words;
+    else
+        return __builtin_shufflevector(words, words, (kAt / 4 * kContainer + (kAt % 4) % kContainer)...);
 }
 
 template <class Codec, int kContainer>
@@ -189,6 +195,23 @@ PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Wor
     Store(dest, Codec::Decode(codes));
 }
 
+/// Samples that one turn of a loop converts: several vectors where they are short, or counting would cost as much.
+constexpr int kTurn = PCM_VECTOR == 16 ? 4 * kLanes : kLanes;
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void EncodeTurn(uint8_t *dest, const PCM_SAMPLE *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (EncodeVector<Codec, kContainer>(dest + kAt * kLanes * kBytes, source + kAt * kLanes, control), ...);
+}
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void DecodeTurn(PCM_SAMPLE *dest, const uint8_t *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (DecodeVector<Codec, kContainer>(dest + kAt * kLanes, source + kAt * kLanes * kBytes, control), ...);
+}
+
 /// How many samples of four bytes lie before the first that begins a vector, so that loads or stores from there on
 /// cross no line of the cache. Any answer gives the same result.
 PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
@@ -196,44 +219,46 @@ PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
     return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kLanes);
 }
 
-/// The first and the last vector overlap their neighbours; a run too short for one goes through a local array.
+/// The first and the last turn overlap their neighbours; a run too short for one goes through a local array.
 template <class Codec, int kContainer>
 PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
+    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(PackControl(layout));
-    if (samples < kLanes) {
-        PCM_SAMPLE in[kLanes] = {};
-        uint8_t out[kLanes * kBytes];
+    if (samples < kTurn) {
+        PCM_SAMPLE in[kTurn] = {};
+        uint8_t out[kTurn * kBytes];
         __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        EncodeVector<Codec, kContainer>(out, in, control);
+        EncodeTurn<Codec, kContainer>(out, in, control, turn);
         __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
         return;
     }
-    EncodeVector<Codec, kContainer>(dest, source, control);
+    EncodeTurn<Codec, kContainer>(dest, source, control, turn);
     const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
-    for (pbInt i = SamplesBeforeVector(wide); i < samples - kLanes; i += kLanes)
-        EncodeVector<Codec, kContainer>(dest + i * kBytes, source + i, control);
-    EncodeVector<Codec, kContainer>(dest + (samples - kLanes) * kBytes, source + (samples - kLanes), control);
+    for (pbInt i = SamplesBeforeVector(wide); i < samples - kTurn; i += kTurn)
+        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, turn);
+    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, turn);
 }
 
 template <class Codec, int kContainer>
 PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
+    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(SpreadControl(layout));
-    if (samples < kLanes) {
-        uint8_t in[kLanes * kBytes] = {};
-        PCM_SAMPLE out[kLanes];
+    if (samples < kTurn) {
+        uint8_t in[kTurn * kBytes] = {};
+        PCM_SAMPLE out[kTurn];
         __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
-        DecodeVector<Codec, kContainer>(out, in, control);
+        DecodeTurn<Codec, kContainer>(out, in, control, turn);
         __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
         return;
     }
-    DecodeVector<Codec, kContainer>(dest, source, control);
-    for (pbInt i = SamplesBeforeVector(dest); i < samples - kLanes; i += kLanes)
-        DecodeVector<Codec, kContainer>(dest + i, source + i * kBytes, control);
-    DecodeVector<Codec, kContainer>(dest + (samples - kLanes), source + (samples - kLanes) * kBytes, control);
+    DecodeTurn<Codec, kContainer>(dest, source, control, turn);
+    for (pbInt i = SamplesBeforeVector(dest); i < samples - kTurn; i += kTurn)
+        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, turn);
+    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, turn);
 }
 
 #else
