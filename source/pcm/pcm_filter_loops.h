@@ -15,7 +15,7 @@
 /// Streams of 1, 2, 3 or 6 sums each: as many as leave registers for the samples and the coefficient.
 template <int kDeep>
 constexpr int kStreams = kDeep == 1         ? 12
-                         : PCM_VECTOR == 16 ? kDeep == 6 ? 4 : 20 / kDeep
+                         : PCM_VECTOR == 16 ? 21 / kDeep
                          : kDeep == 6       ? 2
                          : PCM_VECTOR == 32 ? 11 / kDeep
                                             : 12 / kDeep;
@@ -187,8 +187,7 @@ PCM_TARGET void SumWhole(const FilterTerms &terms)
         (depth == 3 && SumWithoutPause<3>(terms, stagger, vectors)) ||
         (depth == 6 && SumWithoutPause<6>(terms, stagger, vectors)))
         return;
-    constexpr int kInBlocks = PCM_VECTOR == 16 ? 6 : 3; // short vectors have lags to spare
-    pbInt at = depth >= kInBlocks ? SumInBlocks<kInBlocks>(terms, stagger) : 0;
+    pbInt at = depth >= 3 ? SumInBlocks<3>(terms, stagger) : 0;
     pbInt left = (terms.samples - at + kLanes - 1) / kLanes;
     for (; left > 12; left -= 12, at += 12 * kLanes)
         SumVectors(terms, at, Count<12>());
