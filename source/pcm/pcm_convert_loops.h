@@ -124,16 +124,15 @@ struct MulawCodec {
 
 // One sample at a time.
 
-/// Encodes into any container. Stores words of eight bytes where the next container, written after it, takes what is
-/// too much; the last container is written exactly.
+/// Encodes into any container. Stores eight bytes where there are so many: the next containers, written after it, take
+/// what is too much.
 template <class Codec>
 PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape; // a copy, which the bytes written cannot be
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++source, dest += layout.container)
-            StoreWhole(dest, layout.Place(Codec::Encode(*source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++source, dest += layout.container)
+        StoreWhole(dest, layout.Place(Codec::Encode(*source)));
     for (; samples > 0; --samples, ++source, dest += layout.container)
         StoreBytes(dest, layout.Place(Codec::Encode(*source)), layout.container);
 }
@@ -143,10 +142,9 @@ template <class Codec>
 PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape;
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++dest, source += layout.container)
-            *dest = Codec::Decode(layout.Take(LoadWhole(source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++dest, source += layout.container)
+        *dest = Codec::Decode(layout.Take(LoadWhole(source)));
     for (; samples > 0; --samples, ++dest, source += layout.container)
         *dest = Codec::Decode(layout.Take(LoadBytes(source, layout.container)));
 }
