@@ -187,8 +187,11 @@ struct Group {
                         fits = false;
                         return;
                     }
-                    steps[count] = {};
-                    steps[count++].dest = to;
+                    Step &next = steps[count++];
+                    Store(next.places, Ints{} - 1); // lanes that the step does not reach stay what they were
+                    Store(next.sums, Ints{} - 1);
+                    next.source = 0;
+                    next.dest = to;
                     lane = 0;
                     end = 0;
                 }
