@@ -61,7 +61,7 @@ struct Layout {
     }
 };
 
-// Containers in memory.
+// Containers in memory: eight bytes, of which those behind the container are unspecified, or no more than it has.
 
 inline void StoreWhole(uint8_t *dest, uint64_t held)
 {
@@ -77,15 +77,13 @@ inline uint64_t LoadWhole(const uint8_t *source)
 
 inline void StoreBytes(uint8_t *dest, uint64_t held, int bytes)
 {
-    for (int i = 0; i < bytes; ++i)
-        dest[i] = static_cast<uint8_t>(held >> (8 * i));
+    std::memcpy(dest, &held, static_cast<std::size_t>(bytes));
 }
 
 inline uint64_t LoadBytes(const uint8_t *source, int bytes)
 {
     uint64_t held = 0;
-    for (int i = 0; i < bytes; ++i)
-        held |= static_cast<uint64_t>(source[i]) << (8 * i);
+    std::memcpy(&held, source, static_cast<std::size_t>(bytes));
     return held;
 }
 

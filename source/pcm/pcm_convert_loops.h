@@ -128,16 +128,15 @@ struct MulawCodec {
 
 // One sample at a time.
 
-/// Encodes into any container. Stores words of eight bytes where the next container, written after it, takes what is
-/// too much; the last container is written exactly.
+/// Encodes into any container. Stores eight bytes where there are so many: the next containers, written after it, take
+/// what is too much.
 template <class Codec>
 PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape; // a copy, which the bytes written cannot be
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++source, dest += layout.container)
-            StoreWhole(dest, layout.Place(Codec::Encode(*source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++source, dest += layout.container)
+        StoreWhole(dest, layout.Place(Codec::Encode(*source)));
     for (; samples > 0; --samples, ++source, dest += layout.container)
         StoreBytes(dest, layout.Place(Codec::Encode(*source)), layout.container);
 }
@@ -147,10 +146,9 @@ template <class Codec>
 PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape;
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++dest, source += layout.container)
-            *dest = Codec::Decode(layout.Take(LoadWhole(source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++dest, source += layout.container)
+        *dest = Codec::Decode(layout.Take(LoadWhole(source)));
     for (; samples > 0; --samples, ++dest, source += layout.container)
         *dest = Codec::Decode(layout.Take(LoadBytes(source, layout.container)));
 }
@@ -161,11 +159,17 @@ PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layou
 /// back from there.
 template <int kContainer, int... kAt> PCM_TARGET inline Words Gathered(Words words, Numbers<kAt...>)
 {
-    return __builtin_shufflevector(words, words, (kAt / kContainer * 4 + kAt % kContainer) % kLanes...);
+    if constexpr (kLanes == 4)
+        return words; // the front is all there is
+    else
+        return __builtin_shufflevector(words, words, (kAt / kContainer * 4 + kAt % kContainer) % kLanes...);
 }
 template <int kContainer, int... kAt> PCM_TARGET inline Words Scattered(Words words, Numbers<kAt...>)
 {
-    return __builtin_shufflevector(words, words, (kAt / 4 * kContainer + (kAt % 4) % kContainer)...);
+    if constexpr (kLanes == 4)
+        return words;
+    else
+        return __builtin_shufflevector(words, words, (kAt / 4 * kContainer + (kAt % 4) % kContainer)...);
 }
 
 template <class Codec, int kContainer>
@@ -193,6 +197,23 @@ PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Wor
     Store(dest, Codec::Decode(codes));
 }
 
+/// Samples that one turn of a loop converts: several vectors where they are short, or counting would cost as much.
+constexpr int kTurn = PCM_VECTOR == 16 ? 4 * kLanes : kLanes;
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void EncodeTurn(uint8_t *dest, const PCM_SAMPLE *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (EncodeVector<Codec, kContainer>(dest + kAt * kLanes * kBytes, source + kAt * kLanes, control), ...);
+}
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void DecodeTurn(PCM_SAMPLE *dest, const uint8_t *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (DecodeVector<Codec, kContainer>(dest + kAt * kLanes, source + kAt * kLanes * kBytes, control), ...);
+}
+
 /// How many samples of four bytes lie before the first that begins a vector, so that loads or stores from there on
 /// cross no line of the cache. Any answer gives the same result.
 PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
@@ -200,53 +221,55 @@ PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
     return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kLanes);
 }
 
-/// A run too short for a vector goes through a local array.
+/// A run too short for a turn goes through a local array.
 template <class Codec, int kContainer, pbInt kBytes>
-PCM_TARGET [[gnu::noinline]] void EncodeShort(uint8_t *dest, const PCM_SAMPLE *source, Words control, pbInt samples)
+[[gnu::noinline]] PCM_TARGET void EncodeShort(uint8_t *dest, const PCM_SAMPLE *source, Words control, pbInt samples)
 {
-    PCM_SAMPLE in[kLanes] = {};
-    uint8_t out[kLanes * kBytes];
+    PCM_SAMPLE in[kTurn] = {};
+    uint8_t out[kTurn * kBytes];
     __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-    EncodeVector<Codec, kContainer>(out, in, control);
+    EncodeTurn<Codec, kContainer>(out, in, control, Count<kTurn / kLanes>());
     __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
 }
 
 template <class Codec, int kContainer, pbInt kBytes>
-PCM_TARGET [[gnu::noinline]] void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, Words control, pbInt samples)
+[[gnu::noinline]] PCM_TARGET void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, Words control, pbInt samples)
 {
-    uint8_t in[kLanes * kBytes] = {};
-    PCM_SAMPLE out[kLanes];
+    uint8_t in[kTurn * kBytes] = {};
+    PCM_SAMPLE out[kTurn];
     __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
-    DecodeVector<Codec, kContainer>(out, in, control);
+    DecodeTurn<Codec, kContainer>(out, in, control, Count<kTurn / kLanes>());
     __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
 }
 
-/// The first and the last vector overlap their neighbours.
+/// The first and the last turn overlap their neighbours.
 template <class Codec, int kContainer>
 PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
+    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(PackControl(layout));
-    if (samples < kLanes)
+    if (samples < kTurn)
         return EncodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
-    EncodeVector<Codec, kContainer>(dest, source, control);
+    EncodeTurn<Codec, kContainer>(dest, source, control, turn);
     const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
-    for (pbInt i = SamplesBeforeVector(wide); i < samples - kLanes; i += kLanes)
-        EncodeVector<Codec, kContainer>(dest + i * kBytes, source + i, control);
-    EncodeVector<Codec, kContainer>(dest + (samples - kLanes) * kBytes, source + (samples - kLanes), control);
+    for (pbInt i = SamplesBeforeVector(wide); i < samples - kTurn; i += kTurn)
+        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, turn);
+    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, turn);
 }
 
 template <class Codec, int kContainer>
 PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
+    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(SpreadControl(layout));
-    if (samples < kLanes)
+    if (samples < kTurn)
         return DecodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
-    DecodeVector<Codec, kContainer>(dest, source, control);
-    for (pbInt i = SamplesBeforeVector(dest); i < samples - kLanes; i += kLanes)
-        DecodeVector<Codec, kContainer>(dest + i, source + i * kBytes, control);
-    DecodeVector<Codec, kContainer>(dest + (samples - kLanes), source + (samples - kLanes) * kBytes, control);
+    DecodeTurn<Codec, kContainer>(dest, source, control, turn);
+    for (pbInt i = SamplesBeforeVector(dest); i < samples - kTurn; i += kTurn)
+        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, turn);
+    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, turn);
 }
 
 #else

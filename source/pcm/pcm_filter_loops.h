@@ -15,6 +15,7 @@
 /// Streams of 1, 2, 3 or 6 sums each: as many as leave registers for the samples and the coefficient.
 template <int kDeep>
 constexpr int kStreams = kDeep == 1         ? 12
+                         : PCM_VECTOR == 16 ? 21 / kDeep
                          : kDeep == 6       ? 2
                          : PCM_VECTOR == 32 ? 11 / kDeep
                                             : 12 / kDeep;
@@ -44,17 +45,17 @@ template <int kDeep> using Later = decltype(Plus1(Count<kDeep - 1>())); ///< 1 .
 template <int kCount> struct Sums {
     Floats of[kCount];
 
-    template <int... kAt> PCM_TARGET [[gnu::always_inline]] void Clear(Numbers<kAt...>) { ((of[kAt] = Floats{}), ...); }
+    template <int... kAt> [[gnu::always_inline]] PCM_TARGET void Clear(Numbers<kAt...>) { ((of[kAt] = Floats{}), ...); }
 
     template <int... kAt>
-    PCM_TARGET [[gnu::always_inline]] void Add(float coefficient, const Floats (&samples)[kCount], Numbers<kAt...>)
+    [[gnu::always_inline]] PCM_TARGET void Add(float coefficient, const Floats (&samples)[kCount], Numbers<kAt...>)
     {
         const Floats factor = All<Floats>(coefficient);
         ((of[kAt] = Fused(factor, samples[kAt], of[kAt])), ...);
     }
 
     template <int... kAt>
-    PCM_TARGET [[gnu::always_inline]] void Finish(PCM_SAMPLE *(&dest)[kCount], pbInt step, Numbers<kAt...>) const
+    [[gnu::always_inline]] PCM_TARGET void Finish(PCM_SAMPLE *(&dest)[kCount], pbInt step, Numbers<kAt...>) const
     {
         ((Store(dest[kAt], Clamped(of[kAt])), dest[kAt] += step), ...);
     }
@@ -62,7 +63,7 @@ template <int kCount> struct Sums {
 
 /// Steps begin ... end - 1 of the sums from kFrom on, as many as there are kDepths.
 template <int kFrom, int kDeep, int kCount, int... kDepths, int... kAt>
-PCM_TARGET [[gnu::always_inline]] inline void
+[[gnu::always_inline]] PCM_TARGET inline void
 Steps(Sums<kCount> (&sums)[kDeep], const PCM_SAMPLE *const (&source)[kCount], const FilterTerms &terms, pbInt lag,
       pbInt begin, pbInt end, Numbers<kDepths...>, Numbers<kAt...> streams)
 {
@@ -80,7 +81,7 @@ Steps(Sums<kCount> (&sums)[kDeep], const PCM_SAMPLE *const (&source)[kCount], co
 /// Sums `length` vectors of each stream, of which stream i starts at starts[i]. At least kDeep; more than those only
 /// where kDeep lags are no less than the taps, so that the oldest sum is complete when the next one is due.
 template <int... kLater, int... kAt>
-PCM_TARGET [[gnu::noinline]] void SumStreams(const FilterTerms &shape, Stagger stagger, const pbInt *starts,
+[[gnu::noinline]] PCM_TARGET void SumStreams(const FilterTerms &shape, Stagger stagger, const pbInt *starts,
                                              pbInt length, Numbers<kLater...>, Numbers<kAt...> streams)
 {
     constexpr int kDeep = sizeof...(kLater) + 1, kCount = sizeof...(kAt);
@@ -110,7 +111,7 @@ PCM_TARGET [[gnu::noinline]] void SumStreams(const FilterTerms &shape, Stagger s
 
 /// Sums neighbouring vectors that share nothing, as many as kAt. The last one ends no later than the outputs do.
 template <int... kAt>
-PCM_TARGET [[gnu::noinline]] void SumVectors(const FilterTerms &shape, pbInt at, Numbers<kAt...> vectors)
+[[gnu::noinline]] PCM_TARGET void SumVectors(const FilterTerms &shape, pbInt at, Numbers<kAt...> vectors)
 {
     constexpr int kCount = sizeof...(kAt), kLast = kCount - 1;
     const FilterTerms terms = shape;

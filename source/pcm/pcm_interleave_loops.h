@@ -3,8 +3,11 @@
 /// Numbers that are arguments; others in the template arguments are constants, which let the compiler make vectors.
 constexpr pbInt kAny = -1;
 
+using Rest = FrameShape::Rest;
+constexpr Rest kSilence = Rest::kSilence, kSum = Rest::kSum, kUnchanged = Rest::kUnchanged;
+
 /// The definition.
-template <FrameShape::Rest kRest, pbInt kWidth = kAny, pbInt kKept = kAny, pbInt kChannels = kAny>
+template <Rest kRest, pbInt kWidth = kAny, pbInt kKept = kAny, pbInt kChannels = kAny>
 PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, const PCM_SAMPLE *__restrict source,
                           pbInt sourceChannels, pbInt frames)
 {
@@ -17,10 +20,10 @@ PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, 
         uint64_t mask = shape.mask;
         for (pbInt c = 0; c < kept; ++c)
             to[c] = from[kKept == kAny && mask ? NextChannel(mask) : c];
-        if constexpr (kRest == FrameShape::kUnchanged)
+        if constexpr (kRest == kUnchanged)
             continue;
         PCM_SAMPLE rest = 0.0f;
-        if constexpr (kRest == FrameShape::kSum) {
+        if constexpr (kRest == kSum) {
             for (pbInt c = 0; c < channels; ++c)
                 rest += from[c];
             rest *= gain;
@@ -44,7 +47,6 @@ PCM_TARGET void CopyRows(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SA
 /// The plain loop for a shape.
 PCM_TARGET MakeLoop *Plain(const FrameShape &shape)
 {
-    using enum FrameShape::Rest;
     if (shape.rest == kSum)
         return MakePlain<kSum>;
     if (shape.mask == 0 && (shape.rest == kUnchanged || shape.width == shape.kept)) {
@@ -62,7 +64,6 @@ PCM_TARGET MakeLoop *Plain(const FrameShape &shape)
 /// The same where all numbers are constants. @return null for other shapes
 PCM_TARGET MakeLoop *Constant(const FrameShape &shape, pbInt channels)
 {
-    using enum FrameShape::Rest;
     if (shape.mask > 1 || shape.width > 4 || channels > 8)
         return nullptr;
     switch (1000 * shape.rest + 100 * shape.width + 10 * shape.kept + channels) {
@@ -173,7 +174,7 @@ struct Group {
 
     PCM_TARGET Group(const FrameShape &shape, pbInt channels)
     {
-        frames = shape.rest == FrameShape::kSum ? kLanes : kLanes / std::gcd(shape.width, pbInt{kLanes});
+        frames = shape.rest == kSum ? kLanes : kLanes / std::gcd(shape.width, pbInt{kLanes});
         int lane = kLanes;
         pbInt end = 0; // of what the step loads; 0 while it takes nothing from the source
         for (pbInt f = 0, to = 0; f < frames; ++f) {
@@ -186,8 +187,11 @@ struct Group {
                         fits = false;
                         return;
                     }
-                    steps[count] = {};
-                    steps[count++].dest = to;
+                    Step &next = steps[count++];
+                    Store(next.places, Ints{} - 1); // lanes that the step does not reach stay what they were
+                    Store(next.sums, Ints{} - 1);
+                    next.source = 0;
+                    next.dest = to;
                     lane = 0;
                     end = 0;
                 }
@@ -203,7 +207,7 @@ struct Group {
     }
 };
 
-template <bool kKeeps, FrameShape::Rest kRest, pbInt kChannels = kAny>
+template <bool kKeeps, Rest kRest, pbInt kChannels = kAny>
 PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
                             pbInt frames)
 {
@@ -215,15 +219,15 @@ PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM
     const Step *const end = group.steps + group.count;
     const PCM_SAMPLE gain = shape.gain;
     for (; group.fits && frames >= needed; frames -= whole) {
-        const Words sums = kRest == FrameShape::kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
+        const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
         for (const Step *step = group.steps; step != end; ++step) {
             const Ints places = Load<Ints>(step->places);
             Words words = {};
             if constexpr (kKeeps)
                 words = Permuted(Load<Words>(source + step->source), places);
-            if constexpr (kRest == FrameShape::kSum)
+            if constexpr (kRest == kSum)
                 words |= Permuted(sums, Load<Ints>(step->sums));
-            if constexpr (kRest == FrameShape::kUnchanged)
+            if constexpr (kRest == kUnchanged)
                 words |= Load<Words>(dest + step->dest) & (Words)(places < 0);
             Store(dest + step->dest, words);
         }
@@ -236,7 +240,6 @@ PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM
 /// The loop of vectors for a shape. @return null where they do not pay: each would make few samples of dest
 PCM_TARGET MakeLoop *Vectors(const FrameShape &shape, pbInt channels, pbInt frames)
 {
-    using enum FrameShape::Rest;
     if (frames < 2 * kLanes || shape.width > 64 || channels > 64)
         return nullptr;
     if (shape.rest == kSum && channels == 6)
@@ -270,7 +273,7 @@ PCM_TARGET void Make(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE
     if (!loop)
         loop = Vectors(shape, channels, frames);
     if (!loop)
-        loop = shape.rest == FrameShape::kSilence && shape.kept < shape.width ? MakeRows : Plain(shape);
+        loop = shape.rest == kSilence && shape.kept < shape.width ? MakeRows : Plain(shape);
     loop(dest, shape, source, channels, frames);
 }
 

@@ -92,12 +92,12 @@ PCM_TARGET inline Floats FromBits(Words bits)
     return (Floats)bits;
 }
 
-// What each set has an instruction for, or nearly.
-//   Hold              keeps a vector in a register, where GCC would load it again for each use
-//   Permuted          lane i is lane places[i], and 0 where that is negative
-//   Shuffled          in each 16 bytes, byte i is the byte that the control names, and 0 for 0x80; Control repeats 16
-//   bytes LoadPart          as many quarters of a vector as the argument says; the others are unspecified. StorePart
-//   the same
+// What each set has an instruction for, or nearly:
+//
+// - Hold keeps a vector in a register, where GCC would load it again for each use.
+// - Permuted: lane i is lane places[i], and 0 where that is negative.
+// - Shuffled: in each 16 bytes, byte i is the byte that the control names, and 0 for 0x80. Control repeats 16 bytes.
+// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores them.
 
 #if PCM_VECTOR == 64
 
@@ -266,7 +266,7 @@ PCM_TARGET inline Words Control(const uint8_t *bytes)
 template <int kQuarters> PCM_TARGET inline Words LoadPart(const uint8_t *source)
 {
     if constexpr (kQuarters == 1)
-        return Words{Load<uint32_t>(source)};
+        return (Words)vdupq_n_u32(Load<uint32_t>(source));
     const auto low = vreinterpretq_u32_u8(vcombine_u8(vld1_u8(source), vdup_n_u8(0)));
     if constexpr (kQuarters == 2)
         return (Words)low;
