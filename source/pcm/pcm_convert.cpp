@@ -30,7 +30,7 @@ struct Layout {
     bool bigEndian;
     uint8_t bytes, container, offset, loop;
 
-    explicit Layout(PCM_ENCODING flags)
+    explicit constexpr Layout(PCM_ENCODING flags)
     {
         constexpr Kind kKindOf[kTypeCount + 1][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},   {kSigned, kOffset},
                                                      {kSigned, kOffset}, {kSigned, kOffset}, {kSigned, kOffset32},
@@ -188,6 +188,13 @@ bool IsSample(PCM_ENCODING encoding)
     return (encoding & pcm::kFlags) == 0;
 }
 
+/// Of two encodings one is mostly that, and short runs notice what the layout of the other costs.
+Layout LayoutOf(PCM_ENCODING encoding)
+{
+    constexpr Layout kSample(0);
+    return IsSample(encoding) ? kSample : Layout(encoding);
+}
+
 } // namespace
 
 void pcm___Convert(void *dest, PCM_ENCODING destEncoding, const void *source, PCM_ENCODING sourceEncoding,
@@ -198,7 +205,7 @@ void pcm___Convert(void *dest, PCM_ENCODING destEncoding, const void *source, PC
     PB_ASSERT(source || samples == 0);
     if (samples == 0)
         return;
-    const Layout to(destEncoding), from(sourceEncoding);
+    const Layout to = LayoutOf(destEncoding), from = LayoutOf(sourceEncoding);
     const pbInt destSize = to.container, sourceSize = from.container;
     PB_ASSERT(PB_INT_MUL_OK( destSize, samples ));
     PB_ASSERT(PB_INT_MUL_OK( sourceSize, samples ));

@@ -15,7 +15,7 @@ struct SignedCodec {
 struct OffsetCodec {
     template <class Samples> PCM_TARGET static auto Encode(Samples samples)
     {
-        return Unsigned(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+        return UnsignedTop(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
     }
     template <class Codes> PCM_TARGET static auto Decode(Codes codes)
     {
@@ -24,7 +24,11 @@ struct OffsetCodec {
 };
 
 /// Offset binary of four bytes: rounded to single precision before the offset is taken away.
-struct Offset32Codec : OffsetCodec {
+struct Offset32Codec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples)
+    {
+        return Unsigned(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+    }
     template <class Codes> PCM_TARGET static auto Decode(Codes codes)
     {
         const auto value = FromUnsigned(codes);
@@ -195,6 +199,7 @@ PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Wor
 
 /// Samples that one turn of a loop converts: several vectors where they are short, or counting would cost as much.
 constexpr int kTurn = PCM_VECTOR == 16 ? 4 * kLanes : kLanes;
+constexpr Count<kTurn / kLanes> kWholeTurn;
 
 template <class Codec, int kContainer, int... kAt>
 PCM_TARGET inline void EncodeTurn(uint8_t *dest, const PCM_SAMPLE *source, Words control, Numbers<kAt...>)
@@ -217,46 +222,53 @@ PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
     return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kLanes);
 }
 
-/// The first and the last turn overlap their neighbours; a run too short for one goes through a local array.
+/// A run too short for a turn goes through a local array.
+template <class Codec, int kContainer, pbInt kBytes>
+[[gnu::noinline]] PCM_TARGET void EncodeShort(uint8_t *dest, const PCM_SAMPLE *source, Words control, pbInt samples)
+{
+    PCM_SAMPLE in[kTurn] = {};
+    uint8_t out[kTurn * kBytes];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
+    EncodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
+}
+
+template <class Codec, int kContainer, pbInt kBytes>
+[[gnu::noinline]] PCM_TARGET void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, Words control, pbInt samples)
+{
+    uint8_t in[kTurn * kBytes] = {};
+    PCM_SAMPLE out[kTurn];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
+    DecodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
+}
+
+/// The first and the last turn overlap their neighbours.
 template <class Codec, int kContainer>
 PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
-    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(PackControl(layout));
-    if (samples < kTurn) {
-        PCM_SAMPLE in[kTurn] = {};
-        uint8_t out[kTurn * kBytes];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        EncodeTurn<Codec, kContainer>(out, in, control, turn);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
-        return;
-    }
-    EncodeTurn<Codec, kContainer>(dest, source, control, turn);
+    if (samples < kTurn)
+        return EncodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
+    EncodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
     const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
     for (pbInt i = SamplesBeforeVector(wide); i < samples - kTurn; i += kTurn)
-        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, turn);
-    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, turn);
+        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, kWholeTurn);
+    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, kWholeTurn);
 }
 
 template <class Codec, int kContainer>
 PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(SpreadControl(layout));
-    if (samples < kTurn) {
-        uint8_t in[kTurn * kBytes] = {};
-        PCM_SAMPLE out[kTurn];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
-        DecodeTurn<Codec, kContainer>(out, in, control, turn);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        return;
-    }
-    DecodeTurn<Codec, kContainer>(dest, source, control, turn);
+    if (samples < kTurn)
+        return DecodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
+    DecodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
     for (pbInt i = SamplesBeforeVector(dest); i < samples - kTurn; i += kTurn)
-        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, turn);
-    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, turn);
+        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, kWholeTurn);
+    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, kWholeTurn);
 }
 
 #else

@@ -27,6 +27,12 @@ PCM_TARGET inline uint32_t Unsigned(float v)
     return v >= 0x1p32f ? ~uint32_t{0} : n;
 }
 
+/// The same, of which the lowest byte does not count.
+PCM_TARGET inline uint32_t UnsignedTop(float v)
+{
+    return Unsigned(v);
+}
+
 PCM_TARGET inline float FromSigned(uint32_t word)
 {
     return static_cast<float>(static_cast<int32_t>(word));
@@ -91,7 +97,8 @@ PCM_TARGET inline Floats FromBits(Words bits)
 // - Hold keeps a vector in a register, where GCC would load it again for each use.
 // - Permuted: lane i is lane places[i], and 0 where that is negative.
 // - Shuffled: in each 16 bytes, byte i is the byte that the control names, and 0 for 0x80. Control repeats 16 bytes.
-// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores them.
+// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores
+// them.
 
 #if PCM_VECTOR == 64
 
@@ -113,6 +120,10 @@ PCM_TARGET inline Words Unsigned(Floats v)
 {
     return (Words)_mm512_cvttps_epu32(
         _mm512_max_ps((__m512)v, _mm512_setzero_ps())); // NaN: the second; above: all ones
+}
+PCM_TARGET inline Words UnsignedTop(Floats v)
+{
+    return Unsigned(v);
 }
 PCM_TARGET inline Floats FromUnsigned(Words words)
 {
@@ -172,6 +183,11 @@ PCM_TARGET inline Words Unsigned(Floats v)
     const Floats low = v - (Floats)(upper & (Words)All<Floats>(0x1p31f)); // the upper half's are exact
     return ((Words)_mm256_cvttps_epi32((__m256)low) ^ (upper << 31)) | (Words)(v >= 0x1p32f);
 }
+PCM_TARGET inline Words UnsignedTop(Floats v) // without the lowest byte it is a signed integer: half the instructions
+{
+    v = (Floats)_mm256_max_ps((__m256)(v * 0x1p-8f), _mm256_setzero_ps()); // NaN: the second
+    return (Words)_mm256_cvttps_epi32(_mm256_min_ps((__m256)v, _mm256_set1_ps(0x1.fffffep23f))) << 8;
+}
 PCM_TARGET inline Floats FromUnsigned(Words words) // from its halves, whose sum is rounded once
 {
     return Fused(FromSigned(words >> 16), All<Floats>(0x1p16f), FromSigned(words & 0xFFFF));
@@ -227,6 +243,10 @@ PCM_TARGET inline Words Signed(Floats v)
 PCM_TARGET inline Words Unsigned(Floats v)
 {
     return (Words)vcvtq_u32_f32((float32x4_t)v);
+}
+PCM_TARGET inline Words UnsignedTop(Floats v)
+{
+    return Unsigned(v);
 }
 PCM_TARGET inline Floats FromUnsigned(Words words)
 {
