@@ -68,9 +68,9 @@ struct Magnitudes {
 
     PCM_TARGET explicit Magnitudes(Floats samples)
     {
-        const Ints n = (Ints)Signed(samples * 0x1p31f), sign = n >> 31;
-        values = (Ints)((Words)((n ^ sign) - sign) >> 19);
-        positive = (Words)(n > -0x10000) & 0x80u;
+        const Words n = Signed(samples * 0x1p31f), sign = (Words)((Ints)n >> 31);
+        values = (Ints)(((n ^ sign) - sign) >> 19);
+        positive = (Words)((Ints)n > -0x10000) & 0x80u;
     }
 };
 
