@@ -68,9 +68,9 @@ struct Magnitudes {
 
     PCM_TARGET explicit Magnitudes(Floats samples)
     {
-        const Ints n = (Ints)Signed(samples * 0x1p31f), sign = n >> 31;
-        values = (Ints)((Words)((n ^ sign) - sign) >> 19);
-        positive = (Words)(n > -0x10000) & 0x80u;
+        const Words n = Signed(samples * 0x1p31f), sign = (Words)((Ints)n >> 31);
+        values = (Ints)(((n ^ sign) - sign) >> 19);
+        positive = (Words)((Ints)n > -0x10000) & 0x80u;
     }
 };
 
@@ -199,6 +199,7 @@ PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Wor
 
 /// Samples that one turn of a loop converts: several vectors where they are short, or counting would cost as much.
 constexpr int kTurn = PCM_VECTOR == 16 ? 4 * kLanes : kLanes;
+constexpr Count<kTurn / kLanes> kWholeTurn;
 
 template <class Codec, int kContainer, int... kAt>
 PCM_TARGET inline void EncodeTurn(uint8_t *dest, const PCM_SAMPLE *source, Words control, Numbers<kAt...>)
@@ -228,7 +229,7 @@ template <class Codec, int kContainer, pbInt kBytes>
     PCM_SAMPLE in[kTurn] = {};
     uint8_t out[kTurn * kBytes];
     __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-    EncodeTurn<Codec, kContainer>(out, in, control, Count<kTurn / kLanes>());
+    EncodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
     __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
 }
 
@@ -238,7 +239,7 @@ template <class Codec, int kContainer, pbInt kBytes>
     uint8_t in[kTurn * kBytes] = {};
     PCM_SAMPLE out[kTurn];
     __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
-    DecodeTurn<Codec, kContainer>(out, in, control, Count<kTurn / kLanes>());
+    DecodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
     __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
 }
 
@@ -246,30 +247,28 @@ template <class Codec, int kContainer, pbInt kBytes>
 template <class Codec, int kContainer>
 PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
-    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(PackControl(layout));
     if (samples < kTurn)
         return EncodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
-    EncodeTurn<Codec, kContainer>(dest, source, control, turn);
+    EncodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
     const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
     for (pbInt i = SamplesBeforeVector(wide); i < samples - kTurn; i += kTurn)
-        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, turn);
-    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, turn);
+        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, kWholeTurn);
+    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, kWholeTurn);
 }
 
 template <class Codec, int kContainer>
 PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    constexpr Count<kTurn / kLanes> turn;
     constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
     const Words control = Control(SpreadControl(layout));
     if (samples < kTurn)
         return DecodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
-    DecodeTurn<Codec, kContainer>(dest, source, control, turn);
+    DecodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
     for (pbInt i = SamplesBeforeVector(dest); i < samples - kTurn; i += kTurn)
-        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, turn);
-    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, turn);
+        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, kWholeTurn);
+    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, kWholeTurn);
 }
 
 #else

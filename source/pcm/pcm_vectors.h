@@ -97,7 +97,8 @@ PCM_TARGET inline Floats FromBits(Words bits)
 // - Hold keeps a vector in a register, where GCC would load it again for each use.
 // - Permuted: lane i is lane places[i], and 0 where that is negative.
 // - Shuffled: in each 16 bytes, byte i is the byte that the control names, and 0 for 0x80. Control repeats 16 bytes.
-// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores them.
+// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores
+// them.
 
 #if PCM_VECTOR == 64
 
