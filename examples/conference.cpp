@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr pbInt kMostMilliseconds = 200; // in a packet that one should accept (RFC 3551, section 4.2)
+constexpr pbInt kLongest = 200;   // ms in a packet that one should accept (RFC 3551, section 4.2)
+constexpr pbInt kMostAhead = 300; // ms before its time, beyond the delay, as of a sender that reads a file in blocks
 constexpr pbInt kMostLateInARow = 5;
 constexpr std::uint16_t kReordered = 16; // packets that may come after the first and belong before it
 
@@ -68,8 +69,7 @@ Party::Party(const RtpFormat &format, pbInt delayMilliseconds, pbReal levelDecib
 bool Party::Receive(std::span<const std::byte> datagram)
 {
     const auto rtp = ParseRtp(datagram);
-    const auto most =
-        static_cast<std::size_t>(kMostMilliseconds * format_.rate / 1000 * format_.encoding.SizeofSample());
+    const auto most = static_cast<std::size_t>(kLongest * format_.rate / 1000 * format_.encoding.SizeofSample());
     pcm::Packet pkt;
     if (rtp && rtp->header.payloadType == format_.payloadType && !rtp->payload.empty() && rtp->payload.size() <= most)
         pkt = pcm::Packet::TryDecode(pcm::Buffer(rtp->payload), format_.encoding, 1);
@@ -106,7 +106,7 @@ void Party::Arrange(const RtpHeader &header, pcm::Packet pkt)
             return;
         }
         counts_.lost += behindNewest > 0 ? behindNewest - 1 : -1; // one out of order had been taken for lost
-        if (behindOldest >= kMostWaiting || Ahead(header.timestamp) > 2 * delay_) {
+        if (behindOldest >= kMostWaiting || Ahead(header.timestamp) > delay_ + kMostAhead * format_.rate / 1000) {
             Start(header);
         } else if (behindOldest < 0 || Ahead(header.timestamp) + pkt.Frames() <= 0) {
             ++counts_.late;
