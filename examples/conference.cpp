@@ -164,6 +164,7 @@ void Party::Send(const pcm::Packet &heard, std::vector<std::byte> *datagram)
 
 Converter::Converter(pbInt from, pbInt to)
     : from_(from), mult_(std::max<pbInt>(to / from, 1)), div_(std::max<pbInt>(from / to, 1)),
+      level_(pcm::DecibelFromGain(static_cast<pbReal>(mult_))),
       filter_(pcm::FilterCoefficients(FilterBetween(from, to)->type), 1)
 {
 }
@@ -183,7 +184,7 @@ pcm::Packet Converter::Next(pcm::Packet pkt)
     if (div_ > 1)
         converted.FramesReduce(div_);
     else
-        converted.LevelAdjust(pcm::DecibelFromGain(static_cast<pbReal>(mult_))); // the level was spread over the frames
+        converted.LevelAdjust(level_); // the level was spread over the frames
     return converted;
 }
 
@@ -192,6 +193,7 @@ Conference::Conference(std::vector<Party> parties, pbInt rate)
     BusOf(rate ? rate : parties.front().Format().rate);
     for (auto &party : parties) {
         const std::size_t bus = BusOf(party.Format().rate);
+        ++buses_[bus].parties;
         members_.push_back({std::move(party), bus, {}, {}});
     }
     for (Bus &to : buses_)
@@ -205,40 +207,45 @@ std::size_t Conference::BusOf(pbInt rate)
     const auto found = std::ranges::find(buses_, rate, &Bus::rate);
     if (found != buses_.end())
         return static_cast<std::size_t>(found - buses_.begin());
-    buses_.push_back({rate, Silence(rate / kTicksPerSecond), {}, {}, {}});
+    buses_.push_back({rate, Silence(rate / kTicksPerSecond), {}, {}, {}, {}, 0});
     return buses_.size() - 1;
 }
 
 /**
-   What a party hears is the mix less what it said itself: one addition and one subtraction for each party, where adding
-   up the others for each would take as many as there are others.
+   What a party hears is the sum of all less what it said itself: one addition and one subtraction for each party, where
+   adding up the others for each would take as many as there are others.
 
    That nothing of its own voice stays behind: what G.711 and L16 decode to are whole multiples of 2^-15 in [-1, 1], and
    single precision holds all such multiples up to 512. So as long as a bus has at most 512 parties, none at a level of
-   its own, its sum is exact in any order, and so is the difference. Otherwise, and where a filter has added another
-   bus, each operation rounds to 2^-24 of its result, which is noise 50 dB below the steps of 16 bits for a mix at full
-   scale. The mix may go beyond full scale and is not clamped before everything is taken away that does not belong into
-   it; encoding saturates.
+   its own, its sum is exact in any order, and so is the difference. Otherwise, and where a filter has added other
+   buses, an operation rounds by at most 2^-24 of its result: for a sum at full scale by a thousandth of a step of 16
+   bits. A sum beyond full scale is not clamped, or a loud voice would be heard again where it is taken away; encoding
+   saturates.
 */
 void Conference::Tick()
 {
     for (Bus &bus : buses_)
-        bus.sum = {};
+        bus.sum = bus.others = {};
     for (Member &member : members_) {
         member.said = member.party.Play();
         Add(&buses_[member.bus].sum, member.said);
     }
     for (Bus &bus : buses_) {
-        bus.mix = bus.sum;
         for (Inlet &inlet : bus.inlets)
-            Add(&bus.mix, inlet.converter.Next(buses_[inlet.bus].sum));
-        if (!bus.mix)
-            bus.mix = bus.silence;
+            Add(&bus.others, inlet.converter.Next(buses_[inlet.bus].sum));
+        bus.heard = bus.Joined(bus.parties > 1 ? bus.sum : pcm::Packet());
     }
     for (Member &member : members_) {
-        pcm::Packet heard = buses_[member.bus].mix; // shared, also with the recorder
-        if (member.said)
+        const Bus &bus = buses_[member.bus];
+        pcm::Packet heard = bus.heard; // shared by all who say nothing
+        if (member.said && bus.parties > 1)
             Combine(&heard, member.said, std::minus<PCM_SAMPLE>());
         member.party.Send(heard, &member.outgoing);
     }
+}
+
+pcm::Packet Conference::Bus::Joined(pcm::Packet own) const
+{
+    Add(&own, others);
+    return own ? own : silence;
 }

@@ -113,6 +113,7 @@ public:
 
 private:
     pbInt from_, mult_, div_;
+    pbReal level_; // dB
     pcm::Filter filter_;
     bool silent_ = true;
 };
@@ -132,7 +133,7 @@ public:
     void Tick();
 
     std::span<const std::byte> Outgoing(std::size_t party) const { return members_[party].outgoing; }
-    const pcm::Packet &Mix() const { return buses_.front().mix; }                     ///< of all parties
+    pcm::Packet Mix() const { return buses_.front().Joined(buses_.front().sum); }     ///< of all parties
     pbInt Rate() const { return buses_.front().rate; }                                ///< of Mix
     const pcm::Packet &Said(std::size_t party) const { return members_[party].said; } ///< empty: nothing
     const Party &At(std::size_t party) const { return members_[party].party; }
@@ -151,8 +152,11 @@ private:
     };
     struct Bus {
         pbInt rate;
-        pcm::Packet silence, sum, mix; // 20 ms; the sum is that of its own parties
+        pcm::Packet silence, sum, others, heard; // 20 ms: of its own parties, of the other buses, of both
         std::vector<Inlet> inlets;
+        pbInt parties;
+
+        pcm::Packet Joined(pcm::Packet own) const; ///< what is said here and what the others say
     };
 
     std::size_t BusOf(pbInt rate);
