@@ -148,6 +148,7 @@ TEST(Bridge, DatagramsThatAreNoPacketsAreDroppedAndCounted)
         {"an extension", 0x90, 2, 3, 0, 332, 304},        {"one beyond the end", 0x90, 2, 80, 0, 332, 0},
         {"one cut off", 0x90, 2, 0, 0, 15, 0},            {"padding", 0xA0, 2, 0, 20, 332, 300},
         {"none that counts itself", 0xA0, 2, 0, 0, 332, 0}, {"padding of the header", 0xA0, 2, 0, 201, 212, 0},
+        {"padding beyond it", 0xA0, 2, 0, 255, 100, 0},
     };
     // clang-format on
     pbInt dropped = 0;
