@@ -37,13 +37,14 @@ pcm::Packet Silence(pbInt frames)
     return silence;
 }
 
-/// Adds to a sum, or takes away from it; the first summand is shared with it and not copied.
-template <class Operation> void Combine(pcm::Packet *sum, const pcm::Packet &pkt, Operation operation)
+/// Changes each sample of a packet by that of another; who else holds the packet keeps it as it was.
+template <class Operation> void Combine(pcm::Packet *pkt, const pcm::Packet &other, Operation operation)
 {
-    const auto samples = sum->MutableSamples();
-    std::ranges::transform(samples, pkt.Samples(), samples.begin(), operation);
+    const auto samples = pkt->MutableSamples();
+    std::ranges::transform(samples, other.Samples(), samples.begin(), operation);
 }
 
+/// An empty handle is silence. What is added to silence is shared, not copied.
 void Add(pcm::Packet *sum, const pcm::Packet &pkt)
 {
     if (!*sum)

@@ -53,11 +53,11 @@ struct Counts {
 /**
    One end of a call: puts what comes from it in order and into time, and wraps up what goes to it.
 
-   Packets wait until their time has come: the first for `delay`, and with it all that are sent as steadily. What is not
-   there then is silence. What comes later is dropped, as is what comes twice. The party starts afresh, as with its
-   first packet, when the source changes, after a second without packets, and where a packet lies beyond what is
-   buffered: so does, once in a while, one whose sender's clock runs faster than ours, and five in a row that are late
-   if it runs slower.
+   The first packet waits for `delay`, and so do those after it that are sent as steadily; each is played when its
+   timestamp says so. What is not there then is silence. What comes later is dropped, as is what comes twice. A party
+   starts afresh, as with its first packet, when the source changes, after a second without packets, and when it is out
+   of step: a packet comes far too early, as in the end from a sender whose clock runs faster than ours, or five in a
+   row come late, as from one whose clock runs slower.
 */
 class Party {
 public:

@@ -13,13 +13,16 @@ constexpr pbInt kDelay = 3;                                               // tic
 constexpr std::size_t kMulaw = 0, kAlaw = 1, kL8 = 2, kL16 = 3, kL48 = 5; // of kRtpFormats
 
 struct Call : Conference {
-    explicit Call(std::initializer_list<std::size_t> formats) : Conference(PartiesOf(formats), 0) {}
-    static std::vector<Party> PartiesOf(std::initializer_list<std::size_t> formats)
+    explicit Call(std::initializer_list<std::size_t> formats, pbReal level = 0.0)
+        : Conference(PartiesOf(formats, level), 0)
+    {
+    }
+    static std::vector<Party> PartiesOf(std::initializer_list<std::size_t> formats, pbReal level)
     {
         std::vector<Party> parties;
         for (const std::size_t i : formats)
             parties.emplace_back(RtpFormat{"", kRtpFormats[i].encoding, kRtpFormats[i].rate, static_cast<int>(i)},
-                                 kDelay * 20, 0.0);
+                                 kDelay * 20, level);
         return parties;
     }
     PCM_ENCODING Encoding(std::size_t party) const { return At(party).Format().encoding; }
@@ -112,13 +115,12 @@ TEST(Bridge, SourcesThatChangeAndWhoseClocksRunOtherwiseThanOursAreHeard)
 
 TEST(Bridge, EveryRateHearsTheTonesOfTheOthers)
 {
-    Call call({kL8, kL16, kL48});
+    Call call({kL8, kL16, kL48}, -20.0);
     std::vector<pcm::Tone> tones{pcm::Tone(16), pcm::Tone(16), pcm::Tone(24)}; // cycles in frames
     const double cycles[] = {10, 20, 40};                                      // in 20 ms
     for (pbInt tick = 0; tick < 10; ++tick) {
         for (std::size_t i = 0; i < 3; ++i) {
-            auto tone = tones[i].Gather(call.At(i).Frames());
-            tone.LevelAdjust(-20.0);
+            const auto tone = tones[i].Gather(call.At(i).Frames());
             call.Say(i, tick, tick * tone.Frames(), SamplesOf(tone.Get()));
         }
         call.Tick();
