@@ -1,0 +1,252 @@
+#include "conference.h"
+
+#include <algorithm>
+#include <functional>
+#include <random>
+#include <utility>
+
+namespace {
+
+constexpr pbInt kLongest = 200;   // ms in a packet that one should accept (RFC 3551, section 4.2)
+constexpr pbInt kMostAhead = 300; // ms before its time, beyond the delay, as of a sender that reads a file in blocks
+constexpr pbInt kMostLateInARow = 5;
+constexpr std::uint16_t kReordered = 16; // packets that may come after the first and belong before it
+
+struct BuiltIn {
+    pbInt high, low;
+    PCM_FILTER_TYPE type;
+};
+constexpr BuiltIn kBuiltIns[] = {
+    {16000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_16000},
+    {48000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_48000},
+    {48000, 16000, PCM_FILTER_TYPE_LOWPASS_8000_AT_48000},
+};
+
+const BuiltIn *FilterBetween(pbInt from, pbInt to)
+{
+    const auto found = std::ranges::find_if(kBuiltIns, [&](const BuiltIn &filter) {
+        return filter.high == std::max(from, to) && filter.low == std::min(from, to);
+    });
+    return found == std::end(kBuiltIns) ? nullptr : found;
+}
+
+pcm::Packet Silence(pbInt frames)
+{
+    pcm::Packet silence(1);
+    silence.AppendZero(frames);
+    return silence;
+}
+
+/// Changes each sample of a packet by that of another; who else holds the packet keeps it as it was.
+template <class Operation> void Combine(pcm::Packet *pkt, const pcm::Packet &other, Operation operation)
+{
+    const auto samples = pkt->MutableSamples();
+    std::ranges::transform(samples, other.Samples(), samples.begin(), operation);
+}
+
+/// An empty handle is silence. What is added to silence is shared, not copied.
+void Add(pcm::Packet *sum, const pcm::Packet &pkt)
+{
+    if (!*sum)
+        *sum = pkt;
+    else if (pkt)
+        Combine(sum, pkt, std::plus<PCM_SAMPLE>());
+}
+
+} // namespace
+
+bool CanConvert(pbInt from, pbInt to)
+{
+    return from == to || FilterBetween(from, to);
+}
+
+Party::Party(const RtpFormat &format, pbInt delayMilliseconds, pbReal levelDecibel)
+    : format_(format), delay_(delayMilliseconds * format.rate / 1000), level_(levelDecibel)
+{
+    std::random_device random; // where a stream begins is not to be guessed (RFC 3550, section 5.1)
+    next_ = {static_cast<std::uint8_t>(format.payloadType), static_cast<std::uint16_t>(random()), random(), random()};
+}
+
+bool Party::Receive(std::span<const std::byte> datagram)
+{
+    const auto rtp = ParseRtp(datagram);
+    const auto most = static_cast<std::size_t>(kLongest * format_.rate / 1000 * format_.encoding.SizeofSample());
+    pcm::Packet pkt;
+    if (rtp && rtp->header.payloadType == format_.payloadType && !rtp->payload.empty() && rtp->payload.size() <= most)
+        pkt = pcm::Packet::TryDecode(pcm::Buffer(rtp->payload), format_.encoding, 1);
+    if (!pkt) { // also where the payload is no whole number of samples
+        ++counts_.dropped;
+        return false;
+    }
+    ++counts_.received;
+    Arrange(rtp->header, std::move(pkt));
+    quiet_ = 0;
+    return true;
+}
+
+void Party::Start(const RtpHeader &header)
+{
+    waiting_ = {};
+    source_ = header.source;
+    newest_ = header.sequence;
+    oldest_ = static_cast<std::uint16_t>(header.sequence - kReordered);
+    position_ = header.timestamp - static_cast<std::uint32_t>(delay_);
+    lateInARow_ = 0;
+}
+
+void Party::Arrange(const RtpHeader &header, pcm::Packet pkt)
+{
+    // Differences of numbers that wrap.
+    const auto behindOldest = static_cast<std::int16_t>(header.sequence - oldest_);
+    const auto behindNewest = static_cast<std::int16_t>(header.sequence - newest_);
+    if (quiet_ >= kTicksPerSecond || header.source != source_) {
+        Start(header);
+    } else {
+        if (Place(header.sequence).taken && Place(header.sequence).sequence == header.sequence) {
+            ++counts_.duplicates;
+            return;
+        }
+        counts_.lost += behindNewest > 0 ? behindNewest - 1 : -1; // one out of order had been taken for lost
+        if (behindOldest >= kMostWaiting || Ahead(header.timestamp) > delay_ + kMostAhead * format_.rate / 1000) {
+            Start(header);
+        } else if (behindOldest < 0 || Ahead(header.timestamp) + pkt.Frames() <= 0) {
+            ++counts_.late;
+            if (++lateInARow_ < kMostLateInARow)
+                return;
+            Start(header);
+        }
+    }
+    lateInARow_ = 0;
+    if (static_cast<std::int16_t>(header.sequence - newest_) > 0)
+        newest_ = header.sequence;
+    Place(header.sequence) = {header.sequence, true, header.timestamp, std::move(pkt)};
+}
+
+pcm::Packet Party::Play()
+{
+    const pbInt frames = Frames();
+    pcm::Packet block;
+    for (std::uint16_t i = oldest_; static_cast<std::int16_t>(newest_ - i) >= 0; ++i) {
+        Waiting &waiting = Place(i);
+        if (!waiting.pkt)
+            continue;
+        const pbInt begin = Ahead(waiting.timestamp), end = begin + waiting.pkt.Frames(); // within the block
+        if (begin >= frames)
+            break;
+        if (begin == 0 && end == frames) { // as nearly always: the block is the packet, and nothing is copied
+            block = std::move(waiting.pkt);
+        } else if (end > 0) {
+            if (!block)
+                block = Silence(frames);
+            const pbInt from = std::max<pbInt>(begin, 0);
+            block.WriteInner(from, waiting.pkt, from - begin, std::min(end, frames) - from);
+        }
+        if (end <= frames) {
+            waiting.pkt = {};
+            oldest_ = static_cast<std::uint16_t>(i + 1);
+        }
+    }
+    position_ += static_cast<std::uint32_t>(frames);
+    ++quiet_;
+    if (block && level_ != 0.0)
+        block.LevelAdjust(level_);
+    return block;
+}
+
+void Party::Send(const pcm::Packet &heard, std::vector<std::byte> *datagram)
+{
+    const auto header = RtpHeaderBytes(next_);
+    const auto payload = heard.Encode(format_.encoding);
+    datagram->assign(header.begin(), header.end());
+    datagram->insert(datagram->end(), payload.Bytes().begin(), payload.Bytes().end());
+    ++next_.sequence;
+    next_.timestamp += static_cast<std::uint32_t>(Frames());
+}
+
+Converter::Converter(pbInt from, pbInt to)
+    : from_(from), mult_(std::max<pbInt>(to / from, 1)), div_(std::max<pbInt>(from / to, 1)),
+      level_(pcm::DecibelFromGain(static_cast<pbReal>(mult_))),
+      filter_(pcm::FilterCoefficients(FilterBetween(from, to)->type), 1)
+{
+}
+
+pcm::Packet Converter::Next(pcm::Packet pkt)
+{
+    if (!pkt && std::exchange(silent_, true)) // 20 ms of silence, and the filter remembers nothing else
+        return {};
+    if (pkt)
+        silent_ = false;
+    else
+        pkt = Silence(from_ / kTicksPerSecond);
+    if (mult_ > 1)
+        pkt.FramesExtend(mult_);
+    filter_.Write(pkt);
+    auto converted = filter_.Read();
+    if (div_ > 1)
+        converted.FramesReduce(div_);
+    else
+        converted.LevelAdjust(level_); // the level was spread over the frames
+    return converted;
+}
+
+Conference::Conference(std::vector<Party> parties, pbInt rate)
+{
+    BusOf(rate ? rate : parties.front().Format().rate);
+    for (auto &party : parties) {
+        const std::size_t bus = BusOf(party.Format().rate);
+        ++buses_[bus].parties;
+        members_.push_back({std::move(party), bus, {}, {}});
+    }
+    for (Bus &to : buses_)
+        for (std::size_t from = 0; from < buses_.size(); ++from)
+            if (&to != &buses_[from])
+                to.inlets.push_back({from, Converter(buses_[from].rate, to.rate)});
+}
+
+std::size_t Conference::BusOf(pbInt rate)
+{
+    const auto found = std::ranges::find(buses_, rate, &Bus::rate);
+    if (found != buses_.end())
+        return static_cast<std::size_t>(found - buses_.begin());
+    buses_.push_back({rate, Silence(rate / kTicksPerSecond), {}, {}, {}, {}, 0});
+    return buses_.size() - 1;
+}
+
+/**
+   What a party hears is the sum of all less what it said itself: one addition and one subtraction for each party, where
+   adding up the others for each would take as many as there are others.
+
+   That nothing of its own voice stays behind: what G.711 and L16 decode to are whole multiples of 2^-15 in [-1, 1], and
+   single precision holds all such multiples up to 512. So as long as a bus has at most 512 parties, none at a level of
+   its own, its sum is exact in any order, and so is the difference. Otherwise, and where a filter has added other
+   buses, an operation rounds by at most 2^-24 of its result: for a sum at full scale by a thousandth of a step of 16
+   bits. A sum beyond full scale is not clamped, or a loud voice would be heard again where it is taken away; encoding
+   saturates.
+*/
+void Conference::Tick()
+{
+    for (Bus &bus : buses_)
+        bus.sum = bus.others = {};
+    for (Member &member : members_) {
+        member.said = member.party.Play();
+        Add(&buses_[member.bus].sum, member.said);
+    }
+    for (Bus &bus : buses_) {
+        for (Inlet &inlet : bus.inlets)
+            Add(&bus.others, inlet.converter.Next(buses_[inlet.bus].sum));
+        bus.heard = bus.Joined(bus.parties > 1 ? bus.sum : pcm::Packet());
+    }
+    for (Member &member : members_) {
+        const Bus &bus = buses_[member.bus];
+        pcm::Packet heard = bus.heard; // shared by all who say nothing
+        if (member.said && bus.parties > 1)
+            Combine(&heard, member.said, std::minus<PCM_SAMPLE>());
+        member.party.Send(heard, &member.outgoing);
+    }
+}
+
+pcm::Packet Conference::Bus::Joined(pcm::Packet own) const
+{
+    Add(&own, others);
+    return own ? own : silence;
+}
