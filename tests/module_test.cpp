@@ -80,6 +80,18 @@ TEST(Module, RecordSaysWhoWeAre)
     EXPECT_STREQ(rest, weekday);
 }
 
+TEST(Module, RunsOnTheInstructionSetThatItsBuildIsHeldTo)
+{
+    const char *const isa = std::getenv("PCM_TEST_ISA");
+#ifdef __x86_64__
+    if (!isa || (std::strcmp(isa, "avx2") == 0 && !__builtin_cpu_supports("avx2")))
+        GTEST_SKIP() << "held to nothing that this processor could run";
+    EXPECT_STREQ(pcm___ModuleIsa(), isa);
+#else
+    GTEST_SKIP() << (isa ? isa : "");
+#endif
+}
+
 TEST(Module, StopsAndStartsAgain)
 {
     pcmModule()->shutdown();
