@@ -1,5 +1,5 @@
 // The filter: exact whatever the framing, and private to its holder.
-#include "machines/filter_machine.h"
+#include "models/filter_model.h"
 
 #include <functional>
 
@@ -126,10 +126,10 @@ TEST(Filter, IsPrivateToWhoeverChangesIt)
 {
     Random random;
     for (int round = 0; round < 40; ++round) {
-        FilterMachine machine(random);
+        FilterModel model(random);
         for (int step = 0; step < 100 && !HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
-            machine.Step();
+            model.Step();
         }
     }
 }
