@@ -1,10 +1,10 @@
 // The filters of the model test, in the hands of the input.
-#include "../tests/machines/filter_machine.h"
+#include "../tests/models/filter_model.h"
 #include "fuzz.h"
 
 void Drive(Random &random)
 {
-    FilterMachine machine(random);
+    FilterModel model(random);
     while (!random.Done())
-        machine.Step();
+        model.Step();
 }

@@ -1,5 +1,5 @@
 // The tones of the model test, noise and silence, in the hands of the input.
-#include "../tests/machines/tone_machine.h"
+#include "../tests/models/tone_model.h"
 #include "fuzz.h"
 
 namespace {
@@ -27,9 +27,9 @@ void Others(Random &random)
 
 void Drive(Random &random)
 {
-    ToneMachine machine(random);
+    ToneModel model(random);
     while (!random.Done()) {
-        machine.Step();
+        model.Step();
         if (random.OneIn(8))
             Others(random);
     }

@@ -1,10 +1,10 @@
 // The packets of the model test, in the hands of the input.
-#include "../tests/machines/packet_machine.h"
+#include "../tests/models/packet_model.h"
 #include "fuzz.h"
 
 void Drive(Random &random)
 {
-    PacketMachine machine(random);
+    PacketModel model(random);
     while (!random.Done())
-        machine.Step();
+        model.Step();
 }

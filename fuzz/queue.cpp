@@ -1,11 +1,11 @@
 // The queues of the model test, in the hands of the input.
-#include "../tests/machines/queue_machine.h"
+#include "../tests/models/queue_model.h"
 #include "fuzz.h"
 
 void Drive(Random &random)
 {
-    QueueMachine machine(random);
+    QueueModel model(random);
     while (!random.Done())
-        machine.Step();
-    machine.End();
+        model.Step();
+    model.End();
 }

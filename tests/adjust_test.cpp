@@ -83,33 +83,36 @@ TEST(Adjust, RefusesWhatItCannotDo)
     PCM_PACKET *none = nullptr;
     auto **const handle = pkt.Address();
     const struct {
-        const char *name, *factor;
+        const char *name, *file, *factor;
         void (*call)(PCM_PACKET **, pbInt);
         pbInt least;
     } operations[] = {
-        {"replace", "channels > 0", pcmChannelsAdjustReplaceWithDownmix, 1},
-        {"expand", "channels > 0", pcmChannelsAdjustExpandWithDownmix, 1},
-        {"extend", "mult > 1", pcmFramesExtend, 2},
-        {"reduce", "div > 1", pcmFramesReduce, 2},
+        {"replace", "source/pcm/pcm_channels", "channels > 0", pcmChannelsAdjustReplaceWithDownmix, 1},
+        {"expand", "source/pcm/pcm_channels", "channels > 0", pcmChannelsAdjustExpandWithDownmix, 1},
+        {"extend", "source/pcm/pcm_frames", "mult > 1", pcmFramesExtend, 2},
+        {"reduce", "source/pcm/pcm_frames", "div > 1", pcmFramesReduce, 2},
     };
     for (const auto &operation : operations) {
         SCOPED_TRACE(operation.name);
-        EXPECT_ABORT(operation.call(nullptr, 0), "pkt");
-        EXPECT_ABORT(operation.call(&none, 0), "*pkt");
-        EXPECT_ABORT(operation.call(handle, operation.least - 1), operation.factor);
+        EXPECT_ABORT_AT(operation.call(nullptr, 0), operation.file, "pkt");
+        EXPECT_ABORT_AT(operation.call(&none, 0), operation.file, "*pkt");
+        EXPECT_ABORT_AT(operation.call(handle, operation.least - 1), operation.file, operation.factor);
     }
-    EXPECT_ABORT(pkt.ChannelsAdjustReplaceWithDownmix(kMany), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
-    EXPECT_ABORT(pkt.ChannelsAdjustReplaceWithDownmix(kMany - 1),
-                 "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    EXPECT_ABORT_AT(pkt.ChannelsAdjustReplaceWithDownmix(kMany), "source/pcm/pcm_packet",
+                    "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    EXPECT_ABORT_AT(pkt.ChannelsAdjustReplaceWithDownmix(kMany - 1), "source/pcm/pcm_packet",
+                    "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
     EXPECT_ABORT_AT(pkt.ChannelsAdjustExpandWithDownmix(kMany - 1), "source/pcm/pcm_packet",
                     "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
     for (auto *each : {&pkt, &empty})
         EXPECT_ABORT_AT(each->ChannelsAdjustExpandWithDownmix(kMany), "source/pcm/pcm_packet",
                         "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
-    EXPECT_ABORT(pkt.FramesExtend(kMost), "PB_INT_MUL_OK( sourceFrames, mult )");
-    EXPECT_ABORT(pkt.FramesExtend(kMost / 3), "PB_INT_MUL_OK( destFrames, sourceChannels )");
-    EXPECT_ABORT(pkt.FramesExtend(kMost / 8), "PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");
-    EXPECT_ABORT(pkt.FramesReduce(2), "sourceFrames % div == 0");
+    EXPECT_ABORT_AT(pkt.FramesExtend(kMost), "source/pcm/pcm_frames", "PB_INT_MUL_OK( sourceFrames, mult )");
+    EXPECT_ABORT_AT(pkt.FramesExtend(kMost / 3), "source/pcm/pcm_frames",
+                    "PB_INT_MUL_OK( destFrames, sourceChannels )");
+    EXPECT_ABORT_AT(pkt.FramesExtend(kMost / 8), "source/pcm/pcm_frames",
+                    "PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");
+    EXPECT_ABORT_AT(pkt.FramesReduce(2), "source/pcm/pcm_frames", "sourceFrames % div == 0");
 
     // Without frames there is nothing that could be too large.
     wide.ChannelsAdjustReplaceWithDownmix(kMany);

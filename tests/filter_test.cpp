@@ -1,5 +1,5 @@
 // The filter: exact whatever the framing, and private to its holder.
-#include "machines/filter_machine.h"
+#include "models/filter_model.h"
 
 #include <functional>
 
@@ -32,6 +32,25 @@ TEST(Filter, GivesTheDefinitionsBitsForAllLengthsAndChannels)
             ASSERT_TRUE(Same(Gathered(whole), expected));
             WriteCut(cut, input, random, 120);
             ASSERT_TRUE(Same(Gathered(cut), expected));
+        }
+}
+
+/// The loop's arithmetic of streams, segments and blocks, for every number of vectors and the depths around its cases.
+/// The outputs of a shorter packet are the first ones of a longer.
+TEST(Filter, GivesTheDefinitionsBitsForEveryNumberOfVectors)
+{
+    Random random;
+    for (const pbInt channels : {1, 2, 3, 5, 6, 8, 12})
+        for (const pbInt length : {1, 2, 15, 16, 17, 24, 33, 48, 97}) {
+            const Samples taps = random.Run(length), input = random.Run((85 * 16 / channels + 200) * channels);
+            const Samples expected = Defined(taps, input, channels);
+            for (pbInt vectors = 1; vectors <= 80; ++vectors) {
+                SCOPED_TRACE(testing::Message() << length << " taps, " << channels << " channels, " << vectors);
+                const auto samples = (vectors * 16 / channels + random.From(0, 2)) * channels;
+                auto filter = MakeFilter(taps, channels);
+                filter.Write(MakePacket(channels, Samples(input.begin(), input.begin() + samples)));
+                ASSERT_TRUE(Same(Gathered(filter), Samples(expected.begin(), expected.begin() + samples)));
+            }
         }
 }
 
@@ -107,26 +126,27 @@ TEST(Filter, IsPrivateToWhoeverChangesIt)
 {
     Random random;
     for (int round = 0; round < 40; ++round) {
-        FilterMachine machine(random);
+        FilterModel model(random);
         for (int step = 0; step < 100 && !HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
-            machine.Step();
+            model.Step();
         }
     }
 }
 
 TEST(Filter, EndsTheProcessOnBadArguments)
 {
+    const char *const kFile = "source/pcm/pcm_filter", *const kQueue = "source/pcm/pcm_packet_queue";
     const pcm::FilterCoefficients set(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000);
-    EXPECT_ABORT(pcmFilterCreate(nullptr, 0), "coefficients");
-    EXPECT_ABORT(pcmFilterCreate(set.Get(), 0), "channels > 0");
-    EXPECT_ABORT(pcmFilterCreate(set.Get(), pbInt(1) << 59),
-                 "PB_INT_MUL_OK( filter->coefficientsLength, filter->channels )");
-    EXPECT_ABORT(pcmFilterCreateFrom(nullptr), "source");
-    EXPECT_ABORT(pcmFilterCoefficients(nullptr), "filter");
-    EXPECT_ABORT(pcmFilterChannels(nullptr), "filter");
-    EXPECT_ABORT(pcmFilterPackets(nullptr), "filter");
-    EXPECT_ABORT(pcmFilterFrames(nullptr), "filter");
+    EXPECT_ABORT_AT(pcmFilterCreate(nullptr, 0), kFile, "coefficients");
+    EXPECT_ABORT_AT(pcmFilterCreate(set.Get(), 0), kFile, "channels > 0");
+    EXPECT_ABORT_AT(pcmFilterCreate(set.Get(), pbInt(1) << 59), kFile,
+                    "PB_INT_MUL_OK( filter->coefficientsLength, filter->channels )");
+    EXPECT_ABORT_AT(pcmFilterCreateFrom(nullptr), kFile, "source");
+    EXPECT_ABORT_AT(pcmFilterCoefficients(nullptr), kFile, "filter");
+    EXPECT_ABORT_AT(pcmFilterChannels(nullptr), kFile, "filter");
+    EXPECT_ABORT_AT(pcmFilterPackets(nullptr), kFile, "filter");
+    EXPECT_ABORT_AT(pcmFilterFrames(nullptr), kFile, "filter");
 
     PCM_FILTER *none = nullptr;
     const pcm::Packet mono = MakePacket(1, {0.5f}), stereo = MakePacket(2, {0.5f, 0.5f});
@@ -144,13 +164,14 @@ TEST(Filter, EndsTheProcessOnBadArguments)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_ABORT(row.operation(nullptr), "filter");
-        EXPECT_ABORT(row.operation(&none), "*filter");
+        EXPECT_ABORT_AT(row.operation(nullptr), kFile, "filter");
+        EXPECT_ABORT_AT(row.operation(&none), kFile, "*filter");
     }
-    EXPECT_ABORT(pcmFilterWrite(filter.Address(), nullptr), "pkt");
-    EXPECT_ABORT(pcmFilterWrite(filter.Address(), stereo.Get()), "pcmPacketChannels( pkt ) == (*filter)->channels");
+    EXPECT_ABORT_AT(pcmFilterWrite(filter.Address(), nullptr), kFile, "pkt");
+    EXPECT_ABORT_AT(pcmFilterWrite(filter.Address(), stereo.Get()), kFile,
+                    "pcmPacketChannels( pkt ) == (*filter)->channels");
     filter.Write(mono);
-    EXPECT_ABORT(pcmFilterGather(filter.Address(), 2), "frames <= (*queue)->frames");
-    EXPECT_ABORT(pcmFilterGatherSamples(filter.Address(), nullptr, 1), "frames == 0 || dest");
-    EXPECT_ABORT(pcmFilterGatherSamplesAdd(filter.Address(), nullptr, 0), "frames > 0");
+    EXPECT_ABORT_AT(pcmFilterGather(filter.Address(), 2), kQueue, "frames <= (*queue)->frames");
+    EXPECT_ABORT_AT(pcmFilterGatherSamples(filter.Address(), nullptr, 1), kQueue, "frames == 0 || dest");
+    EXPECT_ABORT_AT(pcmFilterGatherSamplesAdd(filter.Address(), nullptr, 0), kQueue, "frames > 0");
 }

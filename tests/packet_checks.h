@@ -146,6 +146,8 @@ inline pbInt RandomFrames(Random &random)
 
 inline pbInt RandomChannels(Random &random)
 {
+    if (random.OneIn(8))
+        return random.From(63, 65); // the last that a mask can name
     return random.OneIn(4) ? random.From(1, 70) : random.From(1, random.OneIn(2) ? 4 : 8);
 }
 

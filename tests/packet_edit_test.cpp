@@ -1,5 +1,5 @@
 // Editing packets: write, insert, delete, at random and where it is refused.
-#include "machines/packet_machine.h"
+#include "models/packet_model.h"
 
 #include <csignal>
 #include <unistd.h>
@@ -7,10 +7,10 @@
 TEST(PacketEdit, AgreesWithListsOfFramesHoweverPacketsAreShared)
 {
     Random random;
-    PacketMachine machine(random);
+    PacketModel model(random);
     for (int step = 0; step < 5000 && !HasFailure(); ++step) {
         SCOPED_TRACE("step " + std::to_string(step));
-        machine.Step();
+        model.Step();
     }
 }
 

@@ -103,6 +103,9 @@ TEST(PacketLayout, AnEmptyRectangleOnlyMakesPrivate)
     const auto other = pkt;
     pkt.WriteChannels(2, 0, {}, 0, kMost, kMost - 2, 0, 0);
     EXPECT_NE(pkt.Get(), other.Get());
+    const PCM_SAMPLE one = 0; // without channels or without frames, however far the array would reach
+    pcmPacketWriteChannelsSamples(pkt.Address(), 2, 0, &one, 0, kMost, kMost - 2, 0, 1);
+    pcmPacketWriteChannelsSamples(pkt.Address(), 1, 0, nullptr, 0, kMost, kMost - 2, 1, 0);
     EXPECT_EQ(SamplesOf(pkt.Get()), (Samples{1, 2, 3, 4}));
     pcm::Packet empty(2);
     empty.WriteChannels(0, 0, empty, 0, 0, 2, 0);
@@ -160,7 +163,7 @@ TEST(PacketLayoutDeathTest, RefusesInTheOrderOfTheArguments)
         {"write: a last frame too long", [] { write(1, 1, array, 0, kMost, 0, 1, 2); }, "PB_INT_ADD_OK( lastFrame * sourceChannelCount, end )"},
         {"write: an array too long", [] { write(1, 1, array, kMost / 4, kMost, 0, 1, 1); }, "PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )"},
         {"write packet: no handle", [] { pcmPacketWriteChannels(nullptr, -1, -1, nullptr, -1, -1, -1, -1); }, "pkt"},
-        {"write packet: source before packet", [] { pcmPacketWriteChannels(&nothing, -1, -1, nullptr, -1, -1, -1, -1); }, "source"},
+        {"write packet: source before packet", [] { pcmPacketWriteChannels(&nothing, -1, -1, nullptr, -1, kMost, -1, 1); }, "source"},
         {"write packet: source sum", [] { pcmPacketWriteChannels(&nothing, -1, -1, source.Get(), -1, kMost, -1, 1); }, "PB_INT_ADD_OK( sourceFrameOffset, frames )"},
         {"write packet: source frames", [] { pcmPacketWriteChannels(&nothing, -1, -1, source.Get(), -1, 1, -1, 1); }, "sourceFrameOffset + frames <= source->frames"},
         {"write packet: no packet", [] { pcmPacketWriteChannels(&nothing, -1, -1, source.Get(), -1, 0, -1, 1); }, "*pkt"},

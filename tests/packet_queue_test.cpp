@@ -1,17 +1,17 @@
 // Packet queues: order, identity, and what other holders of queues and packets see.
-#include "machines/queue_machine.h"
+#include "models/queue_model.h"
 
 #include <functional>
 
 TEST(PacketQueue, RunsAsItsModelWhileOthersLookOn)
 {
     Random random;
-    QueueMachine machine(random);
+    QueueModel model(random);
     for (int step = 0; step < 5000 && !HasFailure(); ++step) {
         SCOPED_TRACE(step);
-        machine.Step();
+        model.Step();
     }
-    machine.End();
+    model.End();
 }
 
 TEST(PacketQueue, CopiesNoSampleWhereAPacketCanBeHandedOut)

@@ -146,7 +146,8 @@ TEST(Packet, BytesComeInAndGoOutInWholeFrames)
     const auto stereo = pcm::Packet::TryDecode(buffer({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80}), PCM_ENCODING_INT_16, 2);
     EXPECT_EQ(Frames(stereo.Get()), (std::vector<Frame>{{0.5f, -0.5f}, {1 / 32768.0f, -1.0f}}));
     ExpectSound(stereo.Get());
-    EXPECT_FALSE(pcm::Packet::TryDecode(buffer({1, 2, 3, 4, 5}), PCM_ENCODING_INT_16, 2));
+    for (const std::size_t length : {5, 6, 7}) // every remainder
+        EXPECT_FALSE(pcm::Packet::TryDecode(buffer(Bytes(length)), PCM_ENCODING_INT_16, 2)) << length;
     const auto empty = pcm::Packet::TryDecode(buffer({}), PCM_ENCODING_INT_8 | PCM_ENCODING_PACK_32, 3);
     EXPECT_EQ(empty.Channels(), 3);
     EXPECT_EQ(empty.Frames(), 0);

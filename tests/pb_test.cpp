@@ -111,6 +111,19 @@ TEST(PbVector, IsAQueueThatItsOtherHoldersDoNotSeeChange)
     pbObjRelease(reinterpret_cast<PB_OBJ *>(other));
 }
 
+TEST(PbVector, KeepsToItsBlockWhileAStreamPassesThrough)
+{
+    PB_VECTOR *vec = pbVectorCreate();
+    const pcm::Packet pkt(1);
+    for (int step = 0; step < 10000; ++step) {
+        pbVectorAppendObj(&vec, pcmPacketObj(pkt.Get()));
+        if (step > 3)
+            pbObjRelease(pbVectorUnshift(&vec));
+        ASSERT_LE(pb___ObjDbgAllocationSize(reinterpret_cast<PB_OBJ *>(vec)), 32 * 8);
+    }
+    pbObjRelease(reinterpret_cast<PB_OBJ *>(vec));
+}
+
 TEST(PbEnum, NamesAreExactAndTheLastValueCounts)
 {
     PB_ENUM *enm = pbEnumCreate();

@@ -34,6 +34,18 @@ TEST(Threads, EachChangesItsOwnCopyOfASharedPacket)
     EXPECT_EQ(SamplesOf(shared.Get()), Samples(64, 0.5f));
 }
 
+TEST(Threads, CountEveryReferenceAlsoInTheRuntime)
+{
+    const pcm::Packet shared(1);
+    OnThreads([&shared](unsigned) {
+        for (int round = 0; round < 50 * kRounds; ++round) {
+            pbObjRetain(pcmPacketObj(shared.Get()));
+            pbObjRelease(pcmPacketObj(shared.Get()));
+        }
+    });
+    EXPECT_EQ(RefCount(shared.Get()), 1);
+}
+
 // Each thread copies, reads and changes a packet, a queue, a filter and its set, then gives up its references in no
 // order with the others: whoever comes last destroys them.
 TEST(Threads, ShareEverythingUntilTheLastRelease)

@@ -1,5 +1,5 @@
 // Tones, alone, two at once and one shaping another.
-#include "machines/tone_machine.h"
+#include "models/tone_model.h"
 
 #include <cstring>
 #include <sys/mman.h>
@@ -29,10 +29,10 @@ TEST(Tone, GoesOnWhereItStoppedHoweverItIsGathered)
 {
     Random random;
     for (int round = 0; round < 60; ++round) {
-        ToneMachine machine(random);
+        ToneModel model(random);
         for (int step = 0; step < 60 && !HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
-            machine.Step();
+            model.Step();
         }
     }
 }

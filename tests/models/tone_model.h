@@ -60,9 +60,9 @@ inline Samples Sums(Samples dest, const Samples &source)
 }
 
 /// Tones that several hold, each beside the wave that it should be, gathered from alone and in pairs.
-class ToneMachine {
+class ToneModel {
 public:
-    explicit ToneMachine(Random &random) : random_(random)
+    explicit ToneModel(Random &random) : random_(random)
     {
         for (Held &held : helds_) {
             const pbInt periods[] = {random.From(1, 24), random.From(100, 300), random.From(1, 50000), INT64_MAX};

@@ -85,9 +85,9 @@ inline PCM_SAMPLE AnySample(Random &random)
 }
 
 /// Three holders write, reset and read, now of one filter, now of their own. Nobody notices the others.
-class FilterMachine {
+class FilterModel {
 public:
-    explicit FilterMachine(Random &random) : random_(random), channels_(random.From(1, 3))
+    explicit FilterModel(Random &random) : random_(random), channels_(random.From(1, 3))
     {
         for (pbInt taps = random.From(1, 30); taps > 0; --taps)
             taps_.push_back(random.OneIn(4) ? AnySample(random) : random.Sample());

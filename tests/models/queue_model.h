@@ -6,7 +6,7 @@
 #include <deque>
 
 /// What a queue is, plainly: frames in order, each packet knowing which object it was written as.
-struct QueueModel {
+struct QueueContents {
     struct Entry {
         std::deque<Frame> frames; // still to be read
         PCM_PACKET *object;       // as written
@@ -42,7 +42,7 @@ struct QueueModel {
 /// A queue that some test variable holds, and its model. Copies of the handle share the queue.
 struct Held {
     pcm::PacketQueue queue;
-    QueueModel model;
+    QueueContents model;
 };
 
 /// A packet that the test holds itself, whatever becomes of it in queues.
@@ -75,7 +75,7 @@ inline void ExpectContents(const Held &held)
 {
     ExpectCounts(held);
     auto copy = CopyOf(held.queue);
-    for (const QueueModel::Entry &entry : held.model.entries) {
+    for (const QueueContents::Entry &entry : held.model.entries) {
         const auto pkt = copy.Read();
         ASSERT_EQ(Frames(pkt.Get()), (std::vector<Frame>(entry.frames.begin(), entry.frames.end())));
         ASSERT_EQ(pkt.Get() == entry.object, !entry.begun);
@@ -92,7 +92,7 @@ inline void ExpectKept(const Kept &kept, const std::vector<Held> &helds)
 {
     pbInt places = 0;
     for (const Held &held : helds)
-        for (const QueueModel::Entry &entry : held.model.entries)
+        for (const QueueContents::Entry &entry : held.model.entries)
             places += entry.object == kept.pkt.Get();
     ASSERT_EQ(Frames(kept.pkt.Get()), kept.frames);
     ASSERT_GE(RefCount(kept.pkt.Get()), 1 + (places > 0));
@@ -102,9 +102,9 @@ inline void ExpectKept(const Kept &kept, const std::vector<Held> &helds)
 
 /// Queues of which some are one queue, some share what is in them, and some share nothing; and packets that were
 /// written.
-class QueueMachine {
+class QueueModel {
 public:
-    explicit QueueMachine(Random &random) : random_(random), channels_(random.From(1, 3))
+    explicit QueueModel(Random &random) : random_(random), channels_(random.From(1, 3))
     {
         helds_.push_back({pcm::PacketQueue(channels_), {}});
     }
@@ -127,7 +127,7 @@ public:
 
         Held &held = random_.Of(helds_);
         pcm::PacketQueue &queue = held.queue;
-        QueueModel &model = held.model;
+        QueueContents &model = held.model;
         PCM_PACKET_QUEUE *const before = queue.Get();
         const bool shared = pcmPacketQueueObj(before)->refCount > 1;
         const pbInt most = std::min<pbInt>(model.Frames(), 30);
@@ -146,7 +146,7 @@ public:
         case 1: {
             if (model.entries.empty())
                 return;
-            const QueueModel::Entry expected = model.entries.front();
+            const QueueContents::Entry expected = model.entries.front();
             model.entries.pop_front();
             auto pkt = queue.Read();
             ASSERT_EQ(Frames(pkt.Get()), (std::vector<Frame>(expected.frames.begin(), expected.frames.end())));
@@ -159,7 +159,7 @@ public:
         case 2: {
             if (!most)
                 return;
-            const QueueModel::Entry front = model.entries.front();
+            const QueueContents::Entry front = model.entries.front();
             const auto rest = static_cast<pbInt>(front.frames.size());
             const pbInt frames = rest && random_.OneIn(2) ? rest : random_.From(1, most);
             const auto pkt = queue.Gather(frames);

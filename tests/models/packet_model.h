@@ -63,9 +63,9 @@ constexpr Operation kAppends[Words] = {
 // clang-format on
 
 /// Packets in several hands, each beside the frames that it should have.
-class PacketMachine {
+class PacketModel {
 public:
-    explicit PacketMachine(Random &random) : random_(random)
+    explicit PacketModel(Random &random) : random_(random)
     {
         for (Hand &hand : hands_)
             hand = Fresh();
