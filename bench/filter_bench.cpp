@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string_view>
 
 #ifdef __x86_64__
 #include <immintrin.h>
@@ -64,10 +65,8 @@ std::string Peak(std::size_t steps)
     const std::string name = std::string("fma/").append(std::to_string(steps));
     auto *peak = PeakPlain;
 #ifdef __x86_64__
-    if (__builtin_cpu_supports("avx512f"))
-        peak = Peak512;
-    else if (__builtin_cpu_supports("fma") && __builtin_cpu_supports("avx2"))
-        peak = Peak256;
+    const std::string_view isa = pcm___ModuleIsa();
+    peak = isa == "avx512" ? Peak512 : isa == "avx2" ? Peak256 : PeakPlain;
 #endif
     AddRow(name, "", [peak, steps](benchmark::State &state) {
         for (auto _ : state)
@@ -191,6 +190,8 @@ const bool registered = [] {
             AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_24000, 24, channels, frames);
             AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_48000, 48, channels, frames);
         }
+    for (const pbInt channels : {3, 5, 6})
+        AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_48000, 48, channels, 960);
     AddRoad();
     return true;
 }();

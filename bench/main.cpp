@@ -1,14 +1,19 @@
 // Runs the rows in interleaved rounds and prints medians: time, and time as a multiple of the row's yardstick.
-//     pcm_bench [--benchmark_filter=REGEX]
-// A row is run together with its yardstick only if the filter lets both through; without it the multiple is left out.
+//     pcm_bench [--isa=base|avx2] [--benchmark_filter=REGEX]
+// With --isa the library of the build tree that is held down to that instruction set takes the place of the ordinary
+// one. A row is run together with its yardstick only if the filter lets both through; without it the multiple is left
+// out.
 #include "support.h"
 
 #include <pcm/pcm.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <random>
+#include <unistd.h>
 
 namespace {
 
@@ -93,8 +98,31 @@ std::vector<float> Noise(std::size_t samples)
     return noise;
 }
 
+/// Starts the program again with another library before the ordinary one. Comes back only if that fails.
+int RunWith(const std::string &isa, std::vector<char *> arguments)
+{
+    namespace fs = std::filesystem;
+    const fs::path program = fs::read_symlink("/proc/self/exe"),
+                   folder = program.parent_path().parent_path() / "isa" / isa;
+    if (!fs::exists(folder)) {
+        std::fprintf(stderr, "There is no %s\n", folder.c_str());
+        return 1;
+    }
+    setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
+    arguments.push_back(nullptr);
+    execv(program.c_str(), arguments.data());
+    std::perror(program.c_str());
+    return 1;
+}
+
 int main(int argc, char **argv)
 {
+    if (argc > 1 && std::strncmp(argv[1], "--isa=", 6) == 0) {
+        std::vector<char *> rest(argv, argv + argc);
+        rest.erase(rest.begin() + 1);
+        return RunWith(argv[1] + 6, rest);
+    }
+    std::printf("instruction set: %s\n", pcm___ModuleIsa());
     std::vector<char *> arguments(argv, argv + argc);
     char repetitions[] = "--benchmark_repetitions=5", interleaved[] = "--benchmark_enable_random_interleaving=true",
          time[] = "--benchmark_min_time=0.02";

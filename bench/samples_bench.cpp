@@ -31,6 +31,24 @@ const bool registered = [] {
         Row("samples/mul" + size, samples, two, pcm___SamplesMul);
         Row("samples/scale" + size, samples, one,
             [](float *dest, const float *, pbInt n) { pcm___SamplesScale(dest, n, 1.0); });
+        // The yardsticks read and write the whole frames, as the processor does.
+        const auto frames = static_cast<pbInt>(samples);
+        AddRow("samples/channel copy, 1 into 2" + size, Memcpy(12 * samples, 8 * samples),
+               [=](benchmark::State &state) {
+                   std::vector<float> dest(2 * samples), source = Noise(samples);
+                   for (auto _ : state) {
+                       pcm___SamplesChannelCopy(dest.data(), 1, 2, source.data(), 0, 1, frames);
+                       benchmark::ClobberMemory();
+                   }
+               });
+        AddRow("samples/channel copy, 1 out of 6" + size, Memcpy(24 * samples, 4 * samples),
+               [=](benchmark::State &state) {
+                   std::vector<float> dest(samples), source = Noise(6 * samples);
+                   for (auto _ : state) {
+                       pcm___SamplesChannelCopy(dest.data(), 0, 1, source.data(), 4, 6, frames);
+                       benchmark::ClobberMemory();
+                   }
+               });
 #ifdef PCM_BENCH_VOLK
         Row("volk/add" + size, samples, two, [](float *dest, const float *source, pbInt n) {
             volk_32f_x2_add_32f(dest, dest, source, static_cast<unsigned>(n));

@@ -221,18 +221,33 @@ PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM
     for (; group.fits && frames >= needed; frames -= whole) {
         const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
         for (const Step *step = group.steps; step != end; ++step) {
-            const Ints places = Load<Ints>(step->places);
             Words words = {};
             if constexpr (kKeeps)
-                words = Permuted(Load<Words>(source + step->source), places);
+                words = Permuted(Load<Words>(source + step->source), Load<Ints>(step->places));
             if constexpr (kRest == kSum)
                 words |= Permuted(sums, Load<Ints>(step->sums));
-            if constexpr (kRest == kUnchanged)
-                words |= Load<Words>(dest + step->dest) & (Words)(places < 0);
             Store(dest + step->dest, words);
         }
         dest += destStep;
         source += sourceStep;
+    }
+    Plain(shape)(dest, shape, source, channels, frames);
+}
+
+template <int kFirst, int... kAt> PCM_TARGET inline Floats EveryOther(Floats source, Floats dest, Numbers<kAt...>)
+{
+    return __builtin_shufflevector(source, dest, (kAt % 2 ? kLanes + kAt : kFirst + kAt / 2)...);
+}
+
+/// One channel into frames of two, of which the other stays.
+PCM_TARGET void PlaceOneInTwo(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
+                              pbInt frames)
+{
+    constexpr Count<kLanes> all;
+    for (; frames > kLanes; frames -= kLanes, dest += 2 * kLanes, source += kLanes) {
+        const Floats samples = Load<Floats>(source);
+        Store(dest, EveryOther<0>(samples, Load<Floats>(dest), all));
+        Store(dest + kLanes, EveryOther<kLanes / 2>(samples, Load<Floats>(dest + kLanes), all));
     }
     Plain(shape)(dest, shape, source, channels, frames);
 }
@@ -247,7 +262,7 @@ PCM_TARGET MakeLoop *Vectors(const FrameShape &shape, pbInt channels, pbInt fram
     if (shape.rest == kSum)
         return shape.kept ? MakeVectors<true, kSum> : MakeVectors<false, kSum>;
     if (shape.rest == kUnchanged)
-        return shape.kept == 1 && shape.width == 2 && channels <= kLanes / 2 ? MakeVectors<true, kUnchanged> : nullptr;
+        return shape.kept == 1 && shape.width == 2 && channels == 1 ? PlaceOneInTwo : nullptr;
     return shape.mask > 1 || (channels <= 8 && shape.width <= 16) ? MakeVectors<true, kSilence> : nullptr;
 }
 

@@ -59,4 +59,4 @@ PCM_TARGET void Walk(PCM_SAMPLE *dest, pbInt destStep, const PCM_SAMPLE *source,
         WalkSteps<Combine, 0, 0>(dest, destStep, source, sourceStep, frames);
 }
 
-constexpr Loops kLoops = {Flat<Sum>, Flat<Product>, Scale, Walk<TakeSource>, Walk<Sum>, Walk<Product>};
+constexpr Loops kLoops = {Flat<Sum>, Flat<Product>, Scale, Walk<Sum>, Walk<Product>};
