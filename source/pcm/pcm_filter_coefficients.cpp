@@ -109,55 +109,37 @@ template <std::size_t N> constexpr bool SumsTo(const PCM_SAMPLE (&taps)[N], doub
 #define PCM_WHOLE_48(half)                                                                                             \
     PCM_AROUND(half, 0, PCM_AROUND(half, 4, PCM_AROUND(half, 8, PCM_AROUND(half, 12, PCM_MIDDLE(half, 16)))))
 
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At16000[16] = {PCM_WHOLE_16(kHalf4000At16000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At24000[24] = {PCM_WHOLE_24(kHalf4000At24000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass4000At48000[48] = {PCM_WHOLE_48(kHalf4000At48000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass6000At24000[24] = {PCM_WHOLE_24(kHalf6000At24000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass6000At48000[48] = {PCM_WHOLE_48(kHalf6000At48000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass8000At48000[48] = {PCM_WHOLE_48(kHalf8000At48000)};
-constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass12000At48000[48] = {PCM_WHOLE_48(kHalf12000At48000)};
+// The sets in the order of their types: name, taps, and the gain at 0 Hz in billionths, which shows that no tap is
+// wrong.
+#define PCM_FOR_EACH_SET(DO)                                                                                           \
+    DO(4000At16000, 16, 974009514)                                                                                     \
+    DO(4000At24000, 24, 982881193)                                                                                     \
+    DO(4000At48000, 48, 987042724)                                                                                     \
+    DO(6000At24000, 24, 990794581)                                                                                     \
+    DO(6000At48000, 48, 996010793)                                                                                     \
+    DO(8000At48000, 48, 998430093)                                                                                     \
+    DO(12000At48000, 48, 999432846)
 
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass4000At16000, 974009514));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass4000At24000, 982881193));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass4000At48000, 987042724));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass6000At24000, 990794581));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass6000At48000, 996010793));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass8000At48000, 998430093));
-static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass12000At48000, 999432846));
+#define PCM_DEFINE_SET(NAME, TAPS, SUM)                                                                                \
+    constexpr PCM_SAMPLE pcm___FilterCoefficientsBuiltinLowpass##NAME[TAPS] = {PCM_WHOLE_##TAPS(kHalf##NAME)};         \
+    static_assert(SumsTo(pcm___FilterCoefficientsBuiltinLowpass##NAME, SUM));                                          \
+    PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass##NAME = nullptr;
 
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At16000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At24000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass4000At48000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass6000At24000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass6000At48000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass8000At48000 = nullptr;
-PCM_FILTER_COEFFICIENTS *pcm___FilterCoefficientsLowpass12000At48000 = nullptr;
+PCM_FOR_EACH_SET(PCM_DEFINE_SET)
 
 namespace {
 
 /// A built-in set: the slot for it, and its taps.
 struct Builtin {
-    template <std::size_t N>
-    constexpr Builtin(PCM_FILTER_COEFFICIENTS **slot, const PCM_SAMPLE (&taps)[N])
-        : slot(slot), coefficients(taps), length(N)
-    {
-    }
-
     PCM_FILTER_COEFFICIENTS **slot;
     const PCM_SAMPLE *coefficients;
     pbInt length;
 };
 
-/// In the order of their types.
-constexpr Builtin kBuiltins[] = {
-    {&pcm___FilterCoefficientsLowpass4000At16000, pcm___FilterCoefficientsBuiltinLowpass4000At16000},
-    {&pcm___FilterCoefficientsLowpass4000At24000, pcm___FilterCoefficientsBuiltinLowpass4000At24000},
-    {&pcm___FilterCoefficientsLowpass4000At48000, pcm___FilterCoefficientsBuiltinLowpass4000At48000},
-    {&pcm___FilterCoefficientsLowpass6000At24000, pcm___FilterCoefficientsBuiltinLowpass6000At24000},
-    {&pcm___FilterCoefficientsLowpass6000At48000, pcm___FilterCoefficientsBuiltinLowpass6000At48000},
-    {&pcm___FilterCoefficientsLowpass8000At48000, pcm___FilterCoefficientsBuiltinLowpass8000At48000},
-    {&pcm___FilterCoefficientsLowpass12000At48000, pcm___FilterCoefficientsBuiltinLowpass12000At48000},
-};
+#define PCM_LIST_SET(NAME, TAPS, SUM)                                                                                  \
+    {&pcm___FilterCoefficientsLowpass##NAME, pcm___FilterCoefficientsBuiltinLowpass##NAME, TAPS},
+
+constexpr Builtin kBuiltins[] = {PCM_FOR_EACH_SET(PCM_LIST_SET)};
 
 /// A set that owns the block.
 PCM_FILTER_COEFFICIENTS *CreateWith(PCM_SAMPLE *backing, pbInt length)
