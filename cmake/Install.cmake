@@ -13,12 +13,21 @@ string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 
+# Has the build tree link with the very RUNPATH that is installed. Otherwise CMake reserves space for the installed one
+# with empty entries, and an empty entry stands for the current directory.
+function(set_runpath target)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "${ARGN}")
+    if(NOT CMAKE_SKIP_INSTALL_RPATH)
+        set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+    endif()
+endfunction()
+
 function(install_library name)
     string(TOUPPER ${name} upper)
     set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${name})
     set(generated ${CMAKE_CURRENT_BINARY_DIR}/install)
 
-    set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN") # libpcm finds its libpb wherever both are
+    set_runpath(${name} $ORIGIN) # libpcm finds its libpb wherever both are
     install(TARGETS ${name} EXPORT ${name}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
     install(DIRECTORY include/${name} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
@@ -49,7 +58,7 @@ if(PCM_BUILD_EXAMPLES)
     foreach(target ${targets})
         get_target_property(type ${target} TYPE)
         if(type STREQUAL EXECUTABLE)
-            set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${programs_to_libdir}")
+            set_runpath(${target} $ORIGIN/../lib $ORIGIN/${programs_to_libdir}) # in the build tree, and installed
             install(TARGETS ${target} RUNTIME DESTINATION ${programs_dir} COMPONENT examples EXCLUDE_FROM_ALL)
         endif()
     endforeach()

@@ -1,18 +1,19 @@
 #include "audio_file.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -39,6 +40,26 @@ constexpr SampleFormat kFormats[] = {
     {"alaw", PCM_ENCODING_G711_ALAW, SF_FORMAT_ALAW},
     {"mulaw", PCM_ENCODING_G711_MULAW, SF_FORMAT_ULAW},
 };
+
+int SizeOf(const std::vector<int> &values)
+{
+    return static_cast<int>(values.size() * sizeof(int));
+}
+
+constexpr struct Container {
+    const char *name;
+    int format;
+} kContainers[] = {{"wav", SF_FORMAT_WAV}, {"au", SF_FORMAT_AU}, {"raw", SF_FORMAT_RAW}};
+
+/// The container of a name, in small letters or capitals; nothing for any other name.
+std::optional<int> FindContainer(std::string name)
+{
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
+    for (const Container &container : kContainers)
+        if (name == container.name)
+            return container.format;
+    return std::nullopt;
+}
 
 /// The sample type of an encoding, without signedness and byte order.
 PCM_ENCODING TypeOf(pcm::Encoding encoding)
@@ -74,28 +95,74 @@ bool HoldsPlainSamples(int container)
     }
 }
 
+/// Whether a header's length means "unknown": programs that write to a pipe state one near 2^31, 2^32 or 2^64.
+bool MeansUnknown(unsigned long long length)
+{
+    const auto isNear = [&](unsigned long long limit) { return length <= limit && limit - length <= 4096; };
+    return isNear(1ULL << 31) || isNear(1ULL << 32) || length >> 62;
+}
+
 /**
    Whether the file ends too soon. An Ogg stream has a last page, without which libsndfile does not know its length.
-   Elsewhere the header states more samples than there are: libsndfile makes do with what is there and says so in its
-   log, such as "data : 137090 (should be 49956)". Lengths near 2^31 and 2^32 are what programs state that write to a
-   pipe and cannot know.
+   Elsewhere the header states more samples than there are: libsndfile reads those that are there and says so in its
+   log, such as "data : 137090 (should be 49956)".
 */
 bool IsCutOff(SNDFILE *file, const SF_INFO &info)
 {
     if ((info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_OGG && info.seekable && info.frames == kUnknownFrames)
         return true;
-    constexpr unsigned long long kUnknownLength = 0x7FFFF000;
     std::string log(16384, '\0');
     sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
-    for (const char *name : {"data", "SSND", "Data Size", "riff"}) {
+    for (const char *name : {"data", "SSND", "Data Size", "riff", "Riff size"}) {
         for (auto at = log.find(name); at != std::string::npos; at = log.find(name, at + 1)) {
             unsigned long long stated, there;
             if (std::sscanf(log.c_str() + at + std::strlen(name), " : %llu (should be %llu)", &stated, &there) == 2 &&
-                stated > there && stated < kUnknownLength)
+                stated > there && !MeansUnknown(stated))
                 return true;
         }
     }
     return false;
+}
+
+/// The reason why libsndfile could not open a file.
+std::string ReasonNotOpened()
+{
+    std::string reason = sf_strerror(nullptr);
+    while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n'))
+        reason.pop_back();
+    return reason;
+}
+
+/// Writes all bytes. @return whether that succeeded; errno tells why not
+bool WriteAll(int fd, std::span<const std::byte> bytes)
+{
+    while (!bytes.empty()) {
+        const auto written = write(fd, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR)
+            return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+    return true;
+}
+
+/// Copies the rest of one file to another. @return whether that succeeded; errno tells why not
+bool CopyRest(int from, int to)
+{
+    std::vector<std::byte> block(65536);
+    for (;;) {
+        const auto got = read(from, block.data(), block.size());
+        if (got == 0)
+            return true;
+        if (got < 0 ? errno != EINTR : !WriteAll(to, std::span(block).first(static_cast<std::size_t>(got))))
+            return false;
+    }
+}
+
+/// @return a file without a name, which is gone when it is closed
+Descriptor NamelessFile()
+{
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(std::tmpfile(), std::fclose);
+    return Descriptor(file ? dup(fileno(file.get())) : -1);
 }
 
 // The name of the file that is being written, for the handler of signals and for the writer. Empty: none.
@@ -111,8 +178,30 @@ void RemoveUnfinished()
 extern "C" void OnEndingSignal(int signal)
 {
     RemoveUnfinished();
-    std::signal(signal, SIG_DFL);
+    std::signal(signal, SIG_DFL); // only now: with SA_RESETHAND a second signal can end the process before this handler
     raise(signal);
+}
+
+constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU, SIGXFSZ};
+
+/// Makes the unfinished file, which a signal that ends the process will remove. An ignored signal stays ignored.
+Descriptor MakeUnfinished(const std::string &path)
+{
+    sigset_t signals, before;
+    sigemptyset(&signals);
+    for (const int signal : kEndingSignals) {
+        sigaddset(&signals, signal);
+        struct sigaction action;
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL)
+            std::signal(signal, OnEndingSignal);
+    }
+    sigprocmask(SIG_BLOCK, &signals, &before); // a name that is half written may be that of another file
+    std::strcpy(unfinishedPath, path.c_str());
+    Descriptor fd(mkstemp(unfinishedPath));
+    if (!fd)
+        unfinishedPath[0] = '\0';
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return fd;
 }
 
 } // namespace
@@ -133,15 +222,25 @@ const SampleFormat &SampleFormatNamed(std::string_view name)
     throw Failure("unknown encoding '" + std::string(name) + "'; there are" + names);
 }
 
+std::string ContainerName(int container)
+{
+    return std::ranges::find(kContainers, container, &Container::format)->name;
+}
+
+int ContainerNamed(const std::string &name)
+{
+    if (const auto container = FindContainer(name))
+        return *container;
+    throw Failure("unknown type '" + name + "'; there are wav, au and raw");
+}
+
 int ContainerOf(const std::string &path)
 {
-    const auto ending = std::filesystem::path(path).extension();
-    if (ending == ".wav")
+    if (path == "-")
         return SF_FORMAT_WAV;
-    if (ending == ".au")
-        return SF_FORMAT_AU;
-    if (ending == ".raw")
-        return SF_FORMAT_RAW;
+    const std::string ending = std::filesystem::path(path).extension();
+    if (const auto container = ending.empty() ? std::nullopt : FindContainer(ending.substr(1)))
+        return *container;
     throw Failure("cannot tell what to write to '" + path + "': its name has to end in .wav, .au or .raw");
 }
 
@@ -169,27 +268,40 @@ const SampleFormat &UsualFormat(int container, pcm::Encoding wanted)
     return *best; // each container holds each type, one way or the other
 }
 
+FILE *ReportFile(const std::string &output)
+{
+    return output == "-" ? stderr : stdout;
+}
+
 AudioReader::AudioReader(const std::string &path) : path_(path)
 {
+    Descriptor fd(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status;
-    if (stat(path.c_str(), &status) != 0 || access(path.c_str(), R_OK) != 0)
+    if (!fd || fstat(fd.Get(), &status) != 0)
         Fail(std::strerror(errno));
     if (S_ISDIR(status.st_mode))
         Fail(std::strerror(EISDIR));
-    if (S_ISREG(status.st_mode) && status.st_size == 0)
-        Fail("the file is empty");
-    file_.reset(sf_open(path.c_str(), SFM_READ, &info_));
-    if (!file_) {
-        std::string reason = sf_strerror(nullptr);
-        while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n'))
-            reason.pop_back();
-        Fail(reason);
+    if (path == "-" || !S_ISREG(status.st_mode)) { // libsndfile seeks in many kinds of files, which a pipe cannot
+        Descriptor copy = NamelessFile();
+        if (!copy || !CopyRest(fd.Get(), copy.Get()) || fstat(copy.Get(), &status) != 0)
+            Fail(std::strerror(errno));
+        lseek(copy.Get(), 0, SEEK_SET);
+        file_.reset(sf_open_fd(copy.Release(), SFM_READ, &info_, SF_TRUE));
+    } else {
+        file_.reset(sf_open(path.c_str(), SFM_READ, &info_));
     }
+    if (status.st_size == 0)
+        Fail("the file is empty");
+    if (!file_)
+        Fail(ReasonNotOpened());
     if (IsCutOff(file_.get(), info_))
         Fail("the file is cut off");
     if (info_.frames == 0)
         Fail("the file holds no audio");
 
+    speakers_.resize(static_cast<std::size_t>(Channels()));
+    if (sf_command(file_.get(), SFC_GET_CHANNEL_MAP_INFO, speakers_.data(), SizeOf(speakers_)) != SF_TRUE)
+        speakers_.clear();
     if (HoldsPlainSamples(info_.format & SF_FORMAT_TYPEMASK)) {
         const bool swapped = sf_command(file_.get(), SFC_RAW_DATA_NEEDS_ENDSWAP, nullptr, 0) == SF_TRUE;
         constexpr bool hostIsBig = std::endian::native == std::endian::big;
@@ -254,59 +366,86 @@ pcm::Packet AudioReader::Read(pbInt frames)
     return {};
 }
 
-AudioWriter::AudioWriter(const std::string &path, const SampleFormat &format, pbInt rate, pbInt channels)
-    : path_(path), container_(ContainerOf(path))
+AudioWriter::AudioWriter(const std::string &path, int container, const SampleFormat &format, pbInt rate, pbInt channels,
+                         std::vector<int> speakers)
+    : path_(path), target_(path)
 {
     SF_INFO info = {};
     info.samplerate = static_cast<int>(rate);
     info.channels = static_cast<int>(channels);
-    info.format = container_ | format.subtype;
-    if (!CanHold(container_, format))
+    info.format = container | format.subtype;
+    if (!CanHold(container, format))
         Fail("this kind of file cannot hold " + std::string(format.name));
-    if (container_ != SF_FORMAT_RAW && !sf_format_check(&info))
+    if (container != SF_FORMAT_RAW && !sf_format_check(&info))
         Fail("this kind of file cannot hold " + std::to_string(channels) + " channels of " + std::string(format.name) +
              " at " + std::to_string(rate) + " Hz");
-    if (std::filesystem::is_directory(path))
-        Fail(std::strerror(EISDIR));
 
-    const std::string unfinished = path + ".XXXXXX";
-    if (unfinished.size() >= sizeof unfinishedPath)
-        Fail(std::strerror(ENAMETOOLONG));
-    std::strcpy(unfinishedPath, unfinished.c_str());
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, OnEndingSignal);
-    fd_ = mkstemp(unfinishedPath);
-    if (fd_ < 0) {
-        unfinishedPath[0] = '\0';
+    OpenTarget();
+    if (pipe_)
+        fd_ = container == SF_FORMAT_RAW ? std::move(pipe_) : NamelessFile(); // a header is completed at the end
+    if (!fd_)
         Fail(std::strerror(errno));
-    }
-    const mode_t mask = umask(0);
-    umask(mask);
-    fchmod(fd_, 0666 & ~mask); // what a file that is simply opened would get
-
-    if (container_ != SF_FORMAT_RAW) {
-        file_.reset(sf_open_fd(fd_, SFM_WRITE, &info, SF_FALSE));
-        if (!file_) {
-            const std::string reason = sf_strerror(nullptr);
-            close(fd_);
-            RemoveUnfinished();
-            Fail(reason);
-        }
-        sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it would not see the peaks of raw bytes
-    }
+    if (container == SF_FORMAT_RAW)
+        return;
+    // Extensible WAV is meant for more than two channels or 16 bits, and alone tells which speaker a channel is for.
+    SF_INFO extensible = info;
+    extensible.format = SF_FORMAT_WAVEX | format.subtype;
+    const bool isExtensible = container == SF_FORMAT_WAV && (channels > 2 || format.encoding.SizeofFrame(1) > 2) &&
+                              sf_format_check(&extensible);
+    OpenSoundFile(isExtensible ? extensible : info);
+    if (isExtensible && std::ssize(speakers) == channels &&
+        sf_command(file_.get(), SFC_SET_CHANNEL_MAP_INFO, speakers.data(), SizeOf(speakers)) != SF_TRUE)
+        OpenSoundFile(info); // it cannot tell of speakers in this order, and would tell of others
 }
 
 AudioWriter::~AudioWriter()
 {
     file_.reset();
-    if (fd_ >= 0)
-        close(fd_);
     RemoveUnfinished();
 }
 
 void AudioWriter::Fail(const std::string &what) const
 {
+    RemoveUnfinished();
     throw Failure("cannot write '" + path_ + "': " + what);
+}
+
+void AudioWriter::OpenTarget()
+{
+    struct stat status;
+    const bool exists = stat(path_.c_str(), &status) == 0;
+    if (path_ == "-" || (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))) {
+        pipe_ = Descriptor(path_ == "-" ? dup(STDOUT_FILENO) : open(path_.c_str(), O_WRONLY | O_CLOEXEC));
+        if (!pipe_)
+            Fail(std::strerror(errno));
+        return;
+    }
+    if (exists && S_ISDIR(status.st_mode))
+        Fail(std::strerror(EISDIR));
+    if (exists)
+        target_ = std::filesystem::canonical(path_);
+    else if (std::error_code error; std::filesystem::is_symlink(path_, error))
+        Fail("this symbolic link leads nowhere");
+
+    const std::string unfinished = target_ + ".XXXXXX";
+    if (unfinished.size() >= sizeof unfinishedPath)
+        Fail(std::strerror(ENAMETOOLONG));
+    fd_ = MakeUnfinished(unfinished);
+    if (!fd_)
+        Fail(std::strerror(errno));
+    const mode_t mask = umask(0);
+    umask(mask);
+    fchmod(fd_.Get(), 0666 & ~mask); // what a file that is simply opened would get
+}
+
+void AudioWriter::OpenSoundFile(SF_INFO info)
+{
+    file_.reset();
+    if (ftruncate(fd_.Get(), 0) == 0 && lseek(fd_.Get(), 0, SEEK_SET) == 0)
+        file_.reset(sf_open_fd(fd_.Get(), SFM_WRITE, &info, SF_FALSE));
+    if (!file_)
+        Fail(ReasonNotOpened());
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE); // it would not see the peaks of raw bytes
 }
 
 void AudioWriter::Write(const pcm::Buffer &frames)
@@ -316,22 +455,20 @@ void AudioWriter::Write(const pcm::Buffer &frames)
     if (file_ && bytes_ > kLargest)
         Fail("the audio is too long for this kind of file; .raw has no limit");
 
-    auto left = frames.Bytes();
-    while (!left.empty()) {
-        errno = 0;
-        const auto written = file_ ? sf_write_raw(file_.get(), left.data(), static_cast<sf_count_t>(left.size()))
-                                   : write(fd_, left.data(), left.size());
-        if (written <= 0 && errno != EINTR)
-            Fail(errno ? std::strerror(errno) : "the device takes no more");
-        left = left.subspan(static_cast<std::size_t>(std::max<long>(written, 0)));
-    }
+    errno = 0;
+    const auto bytes = frames.Bytes();
+    if (file_ ? sf_write_raw(file_.get(), bytes.data(), std::ssize(bytes)) != std::ssize(bytes)
+              : !WriteAll(fd_.Get(), bytes))
+        Fail(errno ? std::strerror(errno) : "the device takes no more");
 }
 
 void AudioWriter::Finish()
 {
     if (file_ && sf_close(file_.release()) != 0)
         Fail("its header could not be completed");
-    if (close(std::exchange(fd_, -1)) != 0 || std::rename(unfinishedPath, path_.c_str()) != 0)
+    if (pipe_ && (lseek(fd_.Get(), 0, SEEK_SET) != 0 || !CopyRest(fd_.Get(), pipe_.Get()) || !pipe_.Close()))
+        Fail(std::strerror(errno));
+    if (!fd_.Close() || (unfinishedPath[0] && std::rename(unfinishedPath, target_.c_str()) != 0))
         Fail(std::strerror(errno));
     unfinishedPath[0] = '\0';
 }

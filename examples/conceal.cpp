@@ -1,4 +1,5 @@
 // Conceal: sends a recording in packets of 20 ms over a line that loses some, and puts silence where one is missing.
+// Shows how a receiver joins packets of any length in a queue and takes them out in blocks of one length for playing.
 #include "audio_file.h"
 
 #include <algorithm>
@@ -10,9 +11,11 @@
 
 namespace {
 
-constexpr char kUsage[] = "usage: conceal PERCENT INPUT OUTPUT\n"
-                          "Loses so many in a hundred of a recording's 20 ms packets, the same ones in every run,\n"
-                          "and writes the rest with silence in their place. OUTPUT ends in .wav, .au or .raw.\n";
+constexpr char kUsage[] =
+    "usage: conceal PERCENT INPUT OUTPUT\n"
+    "Loses so many in a hundred of a recording's 20 ms packets, the same ones in every run,\n"
+    "and writes the rest with silence in their place. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT\n"
+    "of - is standard input or output.\n";
 
 /// Makes a signal without gaps of packets that arrive in their order, though not all of them.
 struct Receiver {
@@ -33,8 +36,9 @@ struct Receiver {
 void Conceal(double percent, const std::string &input, const std::string &output)
 {
     AudioReader reader(input);
-    const SampleFormat &format = UsualFormat(ContainerOf(output), reader.Encoding());
-    AudioWriter writer(output, format, reader.Rate(), reader.Channels());
+    const int container = ContainerOf(output);
+    const SampleFormat &format = UsualFormat(container, reader.Encoding());
+    AudioWriter writer(output, container, format, reader.Rate(), reader.Channels(), reader.Speakers());
     Receiver receiver{pcm::PacketQueue(reader.Channels())};
     std::mt19937 engine; // of one seed
     pbInt sent = 0, lost = 0, position = 0;
@@ -52,7 +56,8 @@ void Conceal(double percent, const std::string &input, const std::string &output
     if (receiver.queue.Frames())
         writer.Write(receiver.queue.Gather(receiver.queue.Frames()).Encode(format.encoding));
     writer.Finish();
-    std::printf("%lld of %lld packets lost\n", static_cast<long long>(lost), static_cast<long long>(sent));
+    std::fprintf(ReportFile(output), "%lld of %lld packets lost\n", static_cast<long long>(lost),
+                 static_cast<long long>(sent));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-/* Hello: the C interface. Writes a second of a telephone's dial tone as an audio file that plays anywhere. */
+/* Hello: writes a second of a telephone's dial tone as an .au file. Shows the C interface: start-up, generators, who
+   owns a reference, a shared packet that is copied when it is changed, and the bytes of an encoding. */
 #include <pb/pb.h>
 #include <pcm/pcm.h>
 

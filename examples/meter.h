@@ -1,4 +1,4 @@
-// How loud audio is.
+// How loud audio is: peak and root mean square. Shows how a program reads the samples of a packet.
 #pragma once
 
 #include <pcm/pcm.hpp>
@@ -35,7 +35,7 @@ public:
         for (const double lane : squares_)
             sum += lane;
         if (!std::isfinite(sum))
-            return "not all of it finite numbers";
+            return "some samples are not finite numbers";
         if (sum == 0.0)
             return "silent";
         char text[80];
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kLanes = 8; // sums apart from each other, which the compiler may do at once
+    static constexpr std::size_t kLanes = 8; // separate sums, which the compiler may compute in one vector
 
     void AddSample(std::size_t lane, double sample)
     {

@@ -1,4 +1,5 @@
-// Mix: adds two recordings, each at a level of its own, and writes what is heard when both play at once.
+// Mix: adds two recordings, each at a level of its own, and writes what is heard when both play at once. Shows how
+// GatherSamplesAdd adds what a queue holds to the samples of a packet.
 #include "audio_file.h"
 
 #include <algorithm>
@@ -9,9 +10,11 @@
 
 namespace {
 
-constexpr char kUsage[] = "usage: mix INPUT DB INPUT DB OUTPUT\n"
-                          "Plays two recordings at once, each louder or softer by its decibels, -200 to 200.\n"
-                          "They have one frame rate and channel count. OUTPUT ends in .wav, .au or .raw.\n";
+constexpr char kUsage[] =
+    "usage: mix INPUT DB INPUT DB OUTPUT\n"
+    "Plays two recordings at once, each louder or softer by its decibels, -200 to 200.\n"
+    "They have one frame rate and channel count. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT\n"
+    "of - is standard input or output.\n";
 
 pbReal Decibels(const std::string &text)
 {
@@ -42,8 +45,9 @@ void Mix(Input a, Input b, const std::string &output)
     const pbInt rate = a.reader.Rate(), channels = a.reader.Channels();
     if (b.reader.Rate() != rate || b.reader.Channels() != channels)
         throw Failure("the recordings differ in their frame rates or channels");
-    const SampleFormat &format = UsualFormat(ContainerOf(output), a.reader.Encoding());
-    AudioWriter writer(output, format, rate, channels);
+    const int container = ContainerOf(output);
+    const SampleFormat &format = UsualFormat(container, a.reader.Encoding());
+    AudioWriter writer(output, container, format, rate, channels, a.reader.Speakers());
     pcm::PacketQueue queue(channels);
     for (;;) {
         auto mixed = a.Next(rate);

@@ -1,26 +1,29 @@
-// The change of frame rate, in steps of which each has a built-in filter.
+// The change of frame rate. Shows how FIR filters of the library do it where whole factors lead from one rate to
+// another, and how a resampler from elsewhere, here soxr, does it on packets between all other rates.
 //
-// Down: the low-pass takes away what the lower rate cannot hold, then every div-th frame stays. Up: mult - 1 frames of
-// silence go after every frame, the low-pass takes away the images of the signal that this makes, and the level that
-// was spread over mult frames is given back.
+// Down: the low-pass removes what the lower rate cannot hold, then every div-th frame stays. Up: mult - 1 frames of
+// silence go after every frame, the low-pass removes the images of the signal that this makes, and a gain of mult
+// restores the level, which was spread over mult frames.
 //
 // A filter of L taps delays by (L - 1) / 2 frames. To make up for it a step drops the first frames that come out of the
 // filter, and feeds as many frames of silence after the last. L is even, so half a frame is left over; of two steps the
 // first drops half a frame too many and the second half a frame too few. Output and input are then at most half a frame
 // of the higher rate apart, and not at all where the two filters work at the same rate.
 //
-// So many frames come out as fit between the first and the last of the input: exactly `mult` for each on the way up,
-// and on the way down one for each `div`, a last incomplete group included.
+// A filter clamps to full scale, so a step lowers the level before it and raises it after it.
 #include "stream.h"
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include <soxr.h>
+
 namespace {
 
-/// A built-in filter and the two rates between which it leads.
+/// A built-in filter and the two rates between which it is used.
 struct BuiltIn {
     pbInt high, low;
     PCM_FILTER_TYPE type;
@@ -33,7 +36,8 @@ constexpr BuiltIn kBuiltIns[] = {
     {48000, 24000, PCM_FILTER_TYPE_LOWPASS_12000_AT_48000},
 };
 
-constexpr pbInt kRates[] = {8000, 12000, 16000, 24000, 48000};
+/// Room above full scale while a filter works. A power of 2, by which a float is multiplied without rounding.
+constexpr pbReal kHeadroom = 0x1p24;
 
 struct Step {
     pbInt from, to;
@@ -49,9 +53,9 @@ std::optional<Step> OneStep(pbInt from, pbInt to)
 }
 
 /**
-   The steps from one rate to another; none when no built-in filter leads there. Where there is no single one, two steps
-   lead over a higher rate. Two over 24000 Hz also go before a single one between 48000 Hz and less: their filters
-   together let less through beyond the cut-off (at 5000 Hz on the way to 8000 Hz -20.4 dB instead of -16.8 dB).
+   The steps from one rate to another; none where built-in filters do not suffice. Where one filter does not, two steps
+   go by way of a higher rate. Two steps by way of 24000 Hz are also preferred to one between 48000 Hz and less: their
+   filters together attenuate more beyond the cut-off (5000 Hz on the way to 8000 Hz by 20.4 dB instead of 16.8 dB).
 */
 std::vector<Step> StepsBetween(pbInt from, pbInt to)
 {
@@ -67,10 +71,10 @@ std::vector<Step> StepsBetween(pbInt from, pbInt to)
     return {};
 }
 
-class RateStage : public Stream {
+class FilterStage : public Stream {
 public:
     /// late: 0 takes half a frame too much of the delay out, 1 half a frame too little.
-    RateStage(StreamPtr input, const Step &step, pbInt late)
+    FilterStage(StreamPtr input, const Step &step, pbInt late)
         : Stream(input->Channels(), step.to), input_(std::move(input)), mult_(std::max(step.to / step.from, pbInt{1})),
           div_(std::max(step.from / step.to, pbInt{1})),
           filter_(pcm::FilterCoefficients(step.type), input_->Channels()),
@@ -90,8 +94,7 @@ public:
         auto pkt = filter_.Gather(frames);
         if (div_ > 1)
             pkt.FramesReduce(div_);
-        if (mult_ > 1)
-            pkt.LevelAdjust(pcm::DecibelFromGain(static_cast<pbReal>(mult_)));
+        pkt.LevelAdjust(pcm::DecibelFromGain(kHeadroom * static_cast<pbReal>(mult_)));
         return pkt;
     }
 
@@ -100,6 +103,7 @@ private:
     {
         auto pkt = input_->Next();
         if (pkt) {
+            pkt.LevelAdjust(pcm::DecibelFromGain(1 / kHeadroom));
             if (mult_ > 1)
                 pkt.FramesExtend(mult_);
             fed_ += pkt.Frames();
@@ -119,26 +123,94 @@ private:
     bool ended_ = false;
 };
 
+struct DeleteSoxr {
+    void operator()(soxr *resampler) const { soxr_delete(resampler); }
+};
+
+class SoxrStage : public Stream {
+public:
+    SoxrStage(StreamPtr input, pbInt rate) : Stream(input->Channels(), rate), input_(std::move(input))
+    {
+        const auto quality = soxr_quality_spec(SOXR_VHQ, 0);
+        soxr_error_t error = nullptr;
+        resampler_.reset(soxr_create(static_cast<double>(input_->Rate()), static_cast<double>(rate),
+                                     static_cast<unsigned>(Channels()), &error, nullptr, &quality, nullptr));
+        Check(error);
+    }
+
+    pcm::Packet Next() override
+    {
+        if (ended_)
+            return {};
+        if (const auto pkt = input_->Next()) {
+            fed_ += pkt.Frames();
+            return Resampled(pkt);
+        }
+        // Silence after the input, so that the frames which end in it come out, then what the resampler still holds.
+        ended_ = true;
+        pcm::Packet silence(Channels());
+        silence.AppendZero(input_->Rate() / Rate() + 1);
+        const pbInt frames = (fed_ * Rate() + input_->Rate() - 1) / input_->Rate() - given_;
+        auto pkt = Resampled(silence);
+        pkt.Append(Resampled({}));
+        pkt.SetFrames(frames);
+        return pkt;
+    }
+
+private:
+    static void Check(soxr_error_t error)
+    {
+        if (error)
+            throw Failure(std::string("soxr cannot change the rate: ") + error);
+    }
+
+    /// @return what comes out for these frames; for an empty handle what is left at the end
+    pcm::Packet Resampled(const pcm::Packet &pkt)
+    {
+        const std::span<const PCM_SAMPLE> samples = pkt ? pkt.Samples() : std::span<const PCM_SAMPLE>();
+        const auto channels = static_cast<std::size_t>(Channels()), frames = samples.size() / channels;
+        pcm::Packet out(Channels());
+        std::vector<PCM_SAMPLE> block(4096 * channels);
+        std::size_t used = 0, got = 1;
+        while (used < frames || got) {
+            std::size_t taken = 0;
+            Check(soxr_process(resampler_.get(), pkt ? samples.data() + used * channels : nullptr, frames - used,
+                               &taken, block.data(), 4096, &got));
+            used += taken;
+            out.Append(pcm::Packet(std::span(block).first(got * channels), Channels()));
+        }
+        given_ += out.Frames();
+        return out;
+    }
+
+    StreamPtr input_;
+    std::unique_ptr<soxr, DeleteSoxr> resampler_;
+    pbInt fed_ = 0, given_ = 0;
+    bool ended_ = false;
+};
+
 } // namespace
+
+std::string RateChanger(pbInt from, pbInt to)
+{
+    const auto steps = StepsBetween(from, to);
+    if (steps.empty())
+        return std::string(soxr_version()) + ", very high quality";
+    std::string text = "built-in filters, " + std::to_string(from);
+    for (const auto &step : steps)
+        text += " to " + std::to_string(step.to);
+    return text + " Hz";
+}
 
 StreamPtr AtRate(StreamPtr input, pbInt rate)
 {
-    const pbInt from = input->Rate();
-    if (rate == from)
+    if (rate == input->Rate())
         return input;
-    const auto steps = StepsBetween(from, rate);
-    if (steps.empty()) {
-        std::string possible;
-        for (const pbInt to : kRates)
-            if (to != from && !StepsBetween(from, to).empty())
-                possible += (possible.empty() ? "" : ", ") + std::to_string(to);
-        throw Failure("cannot change " + std::to_string(from) + " Hz to " + std::to_string(rate) +
-                      " Hz: there are filters " +
-                      (possible.empty() ? "between 8000, 12000, 16000, 24000 and 48000 Hz only"
-                                        : "from " + std::to_string(from) + " to " + possible + " Hz only"));
-    }
+    const auto steps = StepsBetween(input->Rate(), rate);
+    if (steps.empty())
+        return std::make_unique<SoxrStage>(std::move(input), rate);
     pbInt late = 0;
     for (const auto &step : steps)
-        input = std::make_unique<RateStage>(std::move(input), step, late++);
+        input = std::make_unique<FilterStage>(std::move(input), step, late++);
     return input;
 }

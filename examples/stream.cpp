@@ -1,3 +1,5 @@
+// The stages of stream.h but for the change of the frame rate. Shows the operations on packets that do the work of
+// each: deleting frames, changing level and channels, silence, and a queue that cuts a stream into equal blocks.
 #include "stream.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Audio on its way through a program: each stage takes packets from the one before when it is asked for one itself, so
-// that however long the audio is, no more of it is in memory than a stage needs.
+// A pipeline of stages. Shows how packets of any length go through a program: each stage asks the one before for
+// packets when it is asked for one itself, so that the memory does not grow with the length of the audio.
 #pragma once
 
 #include "audio_file.h"
@@ -7,6 +7,7 @@
 #include <pcm/pcm.hpp>
 
 #include <memory>
+#include <string>
 
 /// A source of packets, all of one channel count and one frame rate.
 class Stream {
@@ -35,18 +36,25 @@ constexpr pbInt BlockFrames(pbInt rate)
 /// A file, 20 ms at a time.
 StreamPtr FromFile(AudioReader &reader);
 
-/// Of the input so many frames from this one on. Takes the input to its end, and throws Failure if it ends before.
+/// So many frames of the input, from frame `start` on. Reads the input to its end; throws Failure if it ends too soon.
 StreamPtr Trimmed(StreamPtr input, pbInt start, pbInt frames);
 
 /// The input with its level changed.
 StreamPtr WithLevel(StreamPtr input, pbReal decibel);
 
-/// The input with another count of channels: each the average of the input's, or, with `expand`, only those added to
-/// them.
+/// The input with another number of channels, each the average of the input's channels; with `expand` the input's
+/// channels stay as they are and only those added are the average.
 StreamPtr WithChannels(StreamPtr input, pbInt channels, bool expand);
 
-/// The input at another frame rate (rate.cpp); throws Failure where no built-in filter leads there.
+/**
+   The input at another frame rate (rate.cpp). Output and input are aligned in time, and ceil(frames * new rate / old
+   rate) frames come out. The library's filters do it where whole factors lead from one rate to the other, and soxr
+   elsewhere.
+*/
 StreamPtr AtRate(StreamPtr input, pbInt rate);
+
+/// What changes one rate to another: the filters with their rates, or soxr's version.
+std::string RateChanger(pbInt from, pbInt to);
 
 /// The input and then so many frames of silence.
 StreamPtr Padded(StreamPtr input, pbInt frames);

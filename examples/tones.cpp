@@ -1,7 +1,6 @@
-// Tones: writes an audio file with a signal that a telephone exchange plays.
-//
-// The library's generators give the sound of each stretch of the cadence, a queue joins the stretches, and packets of
-// 20 ms come out of it, are encoded and go into the file.
+// Tones: writes an audio file with a signal that a telephone exchange plays. Shows the library's generators: each
+// stretch of a cadence is made by one, a queue joins the stretches, and packets of 20 ms are taken from it, encoded and
+// written.
 #include "audio_file.h"
 #include "options.h"
 #include "stream.h"
@@ -11,7 +10,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <functional>
 #include <map>
 #include <optional>
@@ -20,25 +18,13 @@
 
 namespace {
 
-constexpr char kHelp[] =
+const ProgramText kText = {
+    "tones",
     "Usage: tones [OPTION]... SIGNAL OUTPUT\n"
     "       tones [OPTION]... dtmf DIGITS OUTPUT\n"
-    "Writes an audio file with a signal that a telephone exchange plays: dial, ringback, busy, dtmf, noise or "
-    "silence.\n"
-    "\n"
-    "DIGITS are of 0 to 9, A to D, * and #. The name of OUTPUT says what becomes of it: .wav, .au, or .raw, which is\n"
-    "the samples and nothing else. OUTPUT is there when it is complete, and not before.\n"
-    "\n"
-    "  --level DB         where the peaks lie, in decibels below full scale: -200 to 0; without it -10\n"
-    "  --cadence ON:OFF[,ON:OFF]...\n"
-    "                     milliseconds of sound and of silence, over and over; with dtmf for each digit. Without it\n"
-    "                     ringback is 2000:4000, busy 500:500, dtmf 100:100, and the others have no pauses\n"
-    "  --duration SECONDS up to 86400; without it as long as dtmf takes, 6 for ringback, 3 for the others\n"
-    "  --rate HZ          frames per second, 1000 to 768000; without it 8000\n"
-    "  --encoding NAME    how OUTPUT holds its samples; without it in 16 bits\n"
-    "  --help             print this and do nothing\n"
-    "\n"
-    "Encodings:";
+    "Writes an audio file with a signal that a telephone exchange plays: dial, ringback, busy, dtmf, noise or\n"
+    "silence. DIGITS are of 0 to 9, A to D, * and #.\n",
+    "16 bits"};
 
 constexpr pbInt kLongest = 86400; // seconds
 
@@ -48,13 +34,12 @@ struct Beat {
 };
 constexpr Beat kNoPauses = {kLongest * 1000, 0};
 
-struct Options {
-    std::string signal, digits, output;
+struct Options : OutputOptions {
+    std::string signal, digits;
     pbReal level = -10.0;           ///< dB
     std::vector<Beat> cadence;      ///< empty: what is usual for the signal
     std::optional<pbReal> duration; ///< seconds; nothing: what is usual for the signal
     pbInt rate = 8000;              ///< frames per second
-    const SampleFormat *format = nullptr;
 };
 
 /// Two frequencies, in Hz, that sound at once.
@@ -205,7 +190,7 @@ pbInt Play(const Programme &programme, const Options &options, const SampleForma
     for (std::size_t i = 0; made < total; ++i) {
         const bool over = !programme.again && i >= stretches.size();
         const Stretch stretch = over ? Stretch{BeginSilence, kNoPauses.on} : stretches[i % stretches.size()];
-        milliseconds += stretch.milliseconds; // from the beginning, so that what does not fit the rate does not add up
+        milliseconds += stretch.milliseconds; // from the beginning, so that rounding to frames does not add up
         const pbInt end = std::min(total, milliseconds * options.rate / 1000);
         for (auto sound = stretch.begin(); made < end;) {
             const pbInt frames = std::min(block, end - made);
@@ -238,81 +223,56 @@ std::vector<Beat> CadenceOf(const std::string &option, const std::string &text)
     return cadence;
 }
 
-/// @return nothing when only help was asked for
+/// @return nothing when only the help or the version was asked for
 std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
 {
     Options options;
-    std::vector<std::string> words;
-    bool onlyWords = false;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const auto &argument = arguments[i];
-        if (onlyWords || argument.size() < 2 || argument[0] != '-') {
-            words.push_back(argument);
-            continue;
-        }
-        const auto value = [&] {
-            if (++i == arguments.size())
-                throw Failure(argument + " lacks its value; see tones --help");
-            return arguments[i];
-        };
-        if (argument == "--help")
-            return std::nullopt;
-        if (argument == "--")
-            onlyWords = true;
-        else if (argument == "--level")
-            options.level = NumberOf(argument, value(), -200.0, 0.0);
-        else if (argument == "--cadence")
-            options.cadence = CadenceOf(argument, value());
-        else if (argument == "--duration")
-            options.duration = NumberOf(argument, value(), 0.001, kLongest);
-        else if (argument == "--rate")
-            options.rate = CountOf(argument, value(), 1000, 768000);
-        else if (argument == "--encoding")
-            options.format = &SampleFormatNamed(value());
-        else
-            throw Failure("unknown option '" + argument + "'; see tones --help");
-    }
-    const bool dtmf = !words.empty() && words[0] == "dtmf";
-    if (words.size() != (dtmf ? 3 : 2))
+    const auto words = WordsOf(
+        kText,
+        {{"--level", "DB", "peak level in decibels of full scale: -200 to 0; default -10",
+          [&](auto &name, auto &value) { options.level = NumberOf(name, value, -200.0, 0.0); }},
+         {"--cadence", "ON:OFF[,ON:OFF]...",
+          "milliseconds of sound and of silence, repeated; with dtmf for each digit. Default:\n"
+          "ringback 2000:4000, busy 500:500, dtmf 100:100, the others without pauses",
+          [&](auto &name, auto &value) { options.cadence = CadenceOf(name, value); }},
+         {"--duration", "SECONDS", "up to 86400; default: as long as dtmf takes, 6 for ringback, 3 for the others",
+          [&](auto &name, auto &value) { options.duration = NumberOf(name, value, 0.001, kLongest); }},
+         {"--rate", "HZ", "frames per second, 1000 to 768000; default 8000",
+          [&](auto &name, auto &value) { options.rate = CountOf(name, value, 1000, 768000); }}},
+        options, arguments);
+    if (!words)
+        return std::nullopt;
+    const bool dtmf = !words->empty() && words->front() == "dtmf";
+    if (words->size() != (dtmf ? 3 : 2))
         throw Failure(dtmf ? "dtmf needs its digits and an output; see tones --help"
                            : "needs a signal and an output; see tones --help");
-    options.signal = words.front();
-    options.digits = dtmf ? words[1] : "";
-    options.output = words.back();
+    options.signal = words->front();
+    options.digits = dtmf ? (*words)[1] : "";
+    options.output = words->back();
     return options;
 }
 
-void PrintHelp()
+void Run(const std::vector<std::string> &arguments)
 {
-    std::fputs(kHelp, stdout);
-    for (const auto &format : SampleFormats())
-        std::printf(" %.*s", static_cast<int>(format.name.size()), format.name.data());
-    std::puts("");
+    const auto options = ParseArguments(arguments);
+    if (!options)
+        return;
+    const pcm::Module module;
+    const int container = options->Container();
+    const SampleFormat &format = options->format ? *options->format : UsualFormat(container, PCM_ENCODING_INT_16);
+    const Programme programme = ProgrammeOf(*options);
+    AudioWriter writer(options->output, container, format, options->rate, 1);
+    const pbInt frames = Play(programme, *options, format, writer);
+    writer.Finish();
+    Warn(kText, container, format);
+    std::fprintf(ReportFile(options->output), "%s%s: %.3f s of %s at %lld Hz\n", programme.report.c_str(),
+                 options->output.c_str(), static_cast<double>(frames) / static_cast<double>(options->rate),
+                 std::string(format.name).c_str(), static_cast<long long>(options->rate));
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    try {
-        const auto options = ParseArguments({argv + 1, argv + argc});
-        if (!options) {
-            PrintHelp();
-            return 0;
-        }
-        const pcm::Module module;
-        const int container = ContainerOf(options->output);
-        const SampleFormat &format = options->format ? *options->format : UsualFormat(container, PCM_ENCODING_INT_16);
-        const Programme programme = ProgrammeOf(*options);
-        AudioWriter writer(options->output, format, options->rate, 1);
-        const pbInt frames = Play(programme, *options, format, writer);
-        writer.Finish();
-        std::printf("%s%s: %.3f s of %.*s at %lld Hz\n", programme.report.c_str(), options->output.c_str(),
-                    static_cast<double>(frames) / static_cast<double>(options->rate),
-                    static_cast<int>(format.name.size()), format.name.data(), static_cast<long long>(options->rate));
-        return 0;
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "tones: %s\n", failure.what());
-        return 1;
-    }
+    return RunProgram(kText, [&] { Run({argv + 1, argv + argc}); });
 }

@@ -79,7 +79,7 @@ TEST(Adjust, MakesANewPacketAlsoOfOneThatNobodyElseHolds)
 TEST(Adjust, RefusesWhatItCannotDo)
 {
     constexpr pbInt kMany = pbInt{1} << 61, kMost = INT64_MAX;
-    auto pkt = MakePacket(2, {1, 2, 3, 4, 5, 6}), wide = pcm::Packet(kMany * 2);
+    auto pkt = MakePacket(2, {1, 2, 3, 4, 5, 6}), wide = pcm::Packet(kMany * 2), empty = pcm::Packet(2);
     PCM_PACKET *none = nullptr;
     auto **const handle = pkt.Address();
     const struct {
@@ -101,10 +101,11 @@ TEST(Adjust, RefusesWhatItCannotDo)
     EXPECT_ABORT(pkt.ChannelsAdjustReplaceWithDownmix(kMany), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
     EXPECT_ABORT(pkt.ChannelsAdjustReplaceWithDownmix(kMany - 1),
                  "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    EXPECT_ABORT(pkt.ChannelsAdjustExpandWithDownmix(kMany - 1),
-                 "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    EXPECT_ABORT(pcm::Packet(2).ChannelsAdjustExpandWithDownmix(kMany),
-                 "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    EXPECT_ABORT_AT(pkt.ChannelsAdjustExpandWithDownmix(kMany - 1), "source/pcm/pcm_packet",
+                    "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    for (auto *each : {&pkt, &empty})
+        EXPECT_ABORT_AT(each->ChannelsAdjustExpandWithDownmix(kMany), "source/pcm/pcm_packet",
+                        "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
     EXPECT_ABORT(pkt.FramesExtend(kMost), "PB_INT_MUL_OK( sourceFrames, mult )");
     EXPECT_ABORT(pkt.FramesExtend(kMost / 3), "PB_INT_MUL_OK( destFrames, sourceChannels )");
     EXPECT_ABORT(pkt.FramesExtend(kMost / 8), "PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");

@@ -12,14 +12,11 @@ run() { LD_LIBRARY_PATH=$libdir "$@" || { echo "$* ended with $?"; exit 1; }; }
 
 # Without the system's own directories, where another libpcm may be.
 export PKG_CONFIG_LIBDIR="$libdir/pkgconfig"
-flags=$(pkg-config --cflags --libs pcm)
 version=$(pkg-config --modversion pcm)
 [ "$version" = "$(pkg-config --modversion pb)" ] || { echo "pcm.pc and pb.pc differ in version"; exit 1; }
-# shellcheck disable=SC2086
-{
-    "$CC" -std=c11 -Wall -Wextra "$here/consumer/consumer.c" -o "$work/pc_c" $flags
-    "$CXX" -std=c++20 -Wall -Wextra "$here/consumer/consumer.cpp" -o "$work/pc_cpp" $flags
-}
+eval "set -- $(pkg-config --cflags --libs pcm)" # blanks in paths are escaped as in the shell
+"$CC" -std=c11 -Wall -Wextra "$here/consumer/consumer.c" -o "$work/pc_c" "$@"
+"$CXX" -std=c++20 -Wall -Wextra "$here/consumer/consumer.cpp" -o "$work/pc_cpp" "$@"
 run "$work/pc_c"
 run "$work/pc_cpp"
 

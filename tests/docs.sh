@@ -1,10 +1,12 @@
 #!/bin/sh
-# docs.sh ROOT [PROGRAM]...: checks that what the documents show is so: their C and C++ stands in docs/samples, which is
-# compiled and run; the names they use are in the headers; what they link to is there; the manual pages of the example
-# programs tell every option that the programs have.
+# docs.sh ROOT FAILURE [PROGRAM]...: checks the documents: their C and C++ is in docs/samples, which is compiled and run;
+# the names of functions and tests that they use exist; what they link to is there; the line that they quote is what the
+# sample FAILURE prints; the manual pages of the example programs name every option of the programs. And pcm.hpp reaches
+# every operation.
 set -u
 cd "$1" || exit 1
-shift
+failure=$2
+shift 2
 status=0
 pages=$(ls README.md CHANGELOG.md CONTRIBUTING.md docs/*.md)
 
@@ -37,10 +39,30 @@ done
 for name in $(grep -ohE 'pcm::[A-Za-z]+' $pages | sort -u); do
     [ "$name" = pcm::pcm ] || grep -qw "${name#pcm::}" include/pcm/pcm.hpp || { echo "pcm.hpp has no $name"; status=1; }
 done
+for name in $(grep -ohE '`[A-Z][A-Za-z]+\.([A-Z][A-Za-z0-9]+|\*)`' docs/guarantees.md | tr -d '`' | sort -u); do
+    test=$(echo "$name" | sed 's/\./, /; s/\*$//')
+    grep -rqF "($test" tests --include='*.cpp' || { echo "no test is called $name"; status=1; }
+done
+for name in $(grep -E '^pcm[A-Z]' tests/symbols.txt | grep -vE '(Sort|Obj|From|ToString|Compare|Equals)$'); do
+    grep -qw "$name" include/pcm/pcm.hpp || { echo "pcm.hpp does not reach $name"; status=1; }
+done
 for page in $pages; do
     for link in $(grep -oE '\]\([^)#:]+' "$page" | cut -c3-); do
         [ -e "$(dirname "$page")/$link" ] || { echo "$page links to $link, which is not there"; status=1; }
     done
+    for link in $(grep -oE '\]\([^):]*#[^)]+' "$page" | cut -c3-); do
+        target=${link%%#*}
+        grep '^#' "$(dirname "$page")/${target:-$(basename "$page")}" | tr 'A-Z ' 'a-z-' | tr -cd 'a-z0-9\n-' |
+            grep -qx -e "-*${link#*#}" || { echo "$page links to the section $link, which is not there"; status=1; }
+    done
+done
+
+# Whatever number the line has today.
+line=$(ulimit -c 0; exec "$failure" 2>&1) 2>/dev/null
+[ $? -eq 134 ] || { echo "$failure does not end with SIGABRT"; status=1; }
+line=$(echo "$line" | sed 's/:[0-9]*: /:LINE: /')
+for page in docs/failure-and-threads.md docs/man/pcm.7; do
+    sed 's/\\-/-/g' "$page" | grep -qF -e "$line" || { echo "$page does not quote $line"; status=1; }
 done
 
 for program in "$@"; do

@@ -25,6 +25,16 @@ if grep -rlE 'house|library_code' "$work/prefix/$libdir/cmake"; then
     exit 1
 fi
 
+# No program or library looks for others in the current directory, which an empty entry of its RUNPATH stands for.
+"$CMAKE" --install "$build" --prefix "$work/examples" --component examples >>"$work/install.log"
+find "$build/bin" "$build/lib" "$work/prefix" "$work/examples" -type f \( -perm -u+x -o -name '*.so.*' \) \
+    -exec readelf -d {} + >"$work/dynamic.log" 2>/dev/null || true
+grep -q '(RUNPATH)' "$work/dynamic.log" || { echo "found no RUNPATH"; exit 1; }
+if grep -E '\((RUNPATH|RPATH)\).*(\[:|::|:\]|\[\])' "$work/dynamic.log"; then
+    echo "looks for libraries in the current directory"
+    exit 1
+fi
+
 "$here/consumers.sh" "$work/prefix/$libdir" "$work/first"
 mkdir "$work/elsewhere"
 mv "$work/prefix" "$work/elsewhere/moved"

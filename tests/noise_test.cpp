@@ -2,7 +2,6 @@
 #include "support.h"
 
 #include <algorithm>
-#include <dlfcn.h>
 #include <functional>
 #include <limits>
 
@@ -12,22 +11,17 @@ namespace {
 std::function<pbInt()> dictatedInt;
 std::function<pbInt(pbInt low, pbInt high)> dictatedRange;
 
-template <class Function> Function *Runtime(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
 
 // These stand before the runtime's own, for the library too.
 extern "C" pbInt pbRandomInt()
 {
-    return dictatedInt ? dictatedInt() : Runtime<pbInt()>("pbRandomInt")();
+    return dictatedInt ? dictatedInt() : Runtime<decltype(pbRandomInt)>("pbRandomInt")();
 }
 extern "C" pbInt pbRandomNonNegativeIntRange(pbInt low, pbInt high)
 {
     return dictatedRange ? dictatedRange(low, high)
-                         : Runtime<pbInt(pbInt, pbInt)>("pbRandomNonNegativeIntRange")(low, high);
+                         : Runtime<decltype(pbRandomNonNegativeIntRange)>("pbRandomNonNegativeIntRange")(low, high);
 }
 
 namespace {

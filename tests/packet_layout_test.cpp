@@ -1,11 +1,70 @@
 // The channels of packets: how many, which, and from where.
 #include "packet_checks.h"
 
+#include <utility>
+
 namespace {
 
 constexpr pbInt kMost = INT64_MAX;
 
+/// What others do while the library copies a packet, once.
+std::function<void()> meanwhile;
+
+/// What the library last told an account.
+struct {
+    pbInt count, size;
+} account;
+
 } // namespace
+
+// These stand before the runtime's own, for the library too.
+extern "C" void pbMemCopy(void *dest, const void *source, pbInt bytes)
+{
+    Runtime<decltype(pbMemCopy)>("pbMemCopy")(dest, source, bytes);
+    if (meanwhile)
+        std::exchange(meanwhile, nullptr)();
+}
+extern "C" void pb___ObjDbgSetAllocationSizeN(PB_OBJ *obj, pbInt count, pbInt size)
+{
+    account = {count, size};
+    Runtime<decltype(pb___ObjDbgSetAllocationSizeN)>("pb___ObjDbgSetAllocationSizeN")(obj, count, size);
+}
+
+TEST(PacketLayout, WithoutFramesThereIsNoBlockAndAnAccountOfNoFrames)
+{
+    // clang-format off
+    const struct { const char *name; void (*call)(pcm::Packet &pkt); pbInt channels; } rows[] = {
+        {"use", [](auto &pkt) { pkt = pcm::Packet::Adopt(pcmPacketCreateFromSamplesUse(nullptr, 5, 0)); }, 5},
+        {"clear", [](auto &pkt) { pkt = MakePacket(2, {1, 2}); pkt.Clear(); }, 2},
+        {"set", [](auto &pkt) { pkt.SetChannels(7); }, 7},
+        {"sum", [](auto &pkt) { pkt = pkt.WithChannels(1); }, 1},
+        {"sum, as wide as can be", [](auto &pkt) { pkt = pkt.WithChannels(kMost); }, kMost},
+        {"mask", [](auto &pkt) { pkt = pkt.WithChannelMask(5); }, 2},
+        {"expand", [](auto &pkt) { pkt.ChannelsAdjustExpandWithDownmix(9); }, 9},
+    };
+    // clang-format on
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        account = {-1, -1};
+        pcm::Packet pkt(3);
+        row.call(pkt);
+        EXPECT_EQ(pkt.Channels(), row.channels);
+        EXPECT_EQ(pcmPacketBacking(pkt.Get()), nullptr);
+        EXPECT_EQ(account.count, 0);
+        EXPECT_EQ(account.size, std::min(row.channels, kMost / 4) * 4);
+    }
+}
+
+TEST(PacketLayout, SamplesOfThePacketItselfAreReadAsTheyWereOnlyIfItIsShared)
+{
+    for (const bool shared : {false, true}) {
+        auto pkt = MakePacket(2, {1, 2, 3, 4, 5, 6}), other = shared ? pkt : pcm::Packet();
+        meanwhile = [&] { other = pcm::Packet(); }; // the old samples are now the call's alone
+        pcmPacketWriteChannelsSamples(pkt.Address(), 0, 1, pkt.Samples().data(), 0, 2, 0, 1, 2);
+        EXPECT_EQ(SamplesOf(pkt.Get()), shared ? (Samples{1, 2, 1, 4, 3, 6}) : (Samples{1, 2, 1, 4, 1, 6}));
+        meanwhile = nullptr;
+    }
+}
 
 TEST(PacketLayout, SetChannelsKeepsTheFirstAndAddsSilence)
 {
@@ -74,8 +133,8 @@ TEST(PacketLayoutDeathTest, RefusesInTheOrderOfTheArguments)
         {"set: bytes", [] { pkt.SetChannels(pbInt{1} << 60); }, "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )"},
         {"sum: no source", [] { pcmPacketCreateFromWithChannels(nullptr, 0); }, "source"},
         {"sum: none", [] { pkt.WithChannels(0); }, "channels > 0"},
-        {"sum: a frame's bytes", [] { empty.WithChannels(pbInt{1} << 61); }, "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )"},
-        {"sum: bytes", [] { pkt.WithChannels(pbInt{1} << 60); }, "PB_INT_MUL_OK( source->frames, channels * PB_SIZEOF( PCM_SAMPLE ) )"},
+        {"sum: a frame's bytes", [] { pkt.WithChannels(pbInt{1} << 61); }, "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )"},
+        {"sum: bytes", [] { pkt.WithChannels(pbInt{1} << 60); }, "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )"},
         {"mask: no source", [] { pcmPacketCreateFromWithChannelMask(nullptr, 0); }, "source"},
         {"mask: none", [] { pkt.WithChannelMask(0); }, "channelMask"},
         {"mask: one too many", [] { pkt.WithChannelMask(7); }, "HighestChannel(channelMask) < source->channels"},
@@ -97,8 +156,9 @@ TEST(PacketLayoutDeathTest, RefusesInTheOrderOfTheArguments)
         {"write: source frame sum", [] { write(1, 1, array, 0, 1, kMost, 1, 1); }, "PB_INT_ADD_OK( sourceFrameOffset, frames )"},
         {"write: fewer channels than none", [] { write(1, 1, array, 0, 1, 0, -1, -1); }, "channels >= 0"},
         {"write: fewer frames than none", [] { write(1, 1, array, 0, 1, 0, 1, -1); }, "frames >= 0"},
-        {"write: an array's frame too wide", [] { write(1, 1, array, 0, pbInt{1} << 61, 0, 1, 1); }, "PB_INT_MUL_OK( sourceChannelCount, PB_SIZEOF( PCM_SAMPLE ) )"},
-        {"write: an array too long", [] { write(1, 1, array, 0, 2, pbInt{1} << 60, 1, 1); }, "PB_INT_MUL_OK( sourceFrameOffset + frames, sourceChannelCount * PB_SIZEOF( PCM_SAMPLE ) )"},
+        {"write: frames too far apart", [] { write(1, 1, array, 0, kMost, 1, 1, 2); }, "PB_INT_MUL_OK( lastFrame, sourceChannelCount )"},
+        {"write: a last frame too long", [] { write(1, 1, array, 0, kMost, 0, 1, 2); }, "PB_INT_ADD_OK( lastFrame * sourceChannelCount, end )"},
+        {"write: an array too long", [] { write(1, 1, array, kMost / 4, kMost, 0, 1, 1); }, "PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )"},
         {"write packet: no handle", [] { pcmPacketWriteChannels(nullptr, -1, -1, nullptr, -1, -1, -1, -1); }, "pkt"},
         {"write packet: source before packet", [] { pcmPacketWriteChannels(&nothing, -1, -1, nullptr, -1, -1, -1, -1); }, "source"},
         {"write packet: source sum", [] { pcmPacketWriteChannels(&nothing, -1, -1, source.Get(), -1, kMost, -1, 1); }, "PB_INT_ADD_OK( sourceFrameOffset, frames )"},
@@ -111,5 +171,6 @@ TEST(PacketLayoutDeathTest, RefusesInTheOrderOfTheArguments)
         SCOPED_TRACE(row.name);
         EXPECT_ABORT_AT(row.call(), "source/pcm/pcm_packet", row.expression);
     }
+    write(1, 1, array, 0, kMost, 0, 1, 1); // as far as the sample is, and no farther
     pkt = source = empty = pcm::Packet();
 }

@@ -112,8 +112,6 @@ TEST(Packet, RefusesWhatCannotBe)
         {"channels > 0", [=] { pcmPacketCreateFromSamplesUse(null, 0, -1); }},
         {"frames >= 0", [=] { pcmPacketCreateFromSamplesUse(null, 1, -1); }},
         {"frames == 0 || source", [=] { pcmPacketCreateFromSamplesUse(null, 1, 1); }},
-        {"PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )",
-         [&] { pcmPacketCreateFromSamplesUse(Block({0}), kMost / 4, 2); }},
         {"channels > 0", [=] { pcmPacketCreateFromSamplesCopy(null, -1, -1); }},
         {"frames >= 0", [=] { pcmPacketCreateFromSamplesCopy(null, 1, -1); }},
         {"frames == 0 || source", [=] { pcmPacketCreateFromSamplesCopy(null, 1, 1); }},
@@ -136,6 +134,8 @@ TEST(Packet, RefusesWhatCannotBe)
         SCOPED_TRACE(row.expression);
         EXPECT_ABORT_AT(row.call(), "source/pcm/pcm_packet", row.expression);
     }
+    EXPECT_ABORT_AT(pcmPacketCreateFromSamplesUse(Block({0}), kMost, 2), "source/pb/pb_obj", // not checked before
+                    "PB_INT_MUL_OK( count, size )");
     EXPECT_ABORT(pcmPacketTryDecode(bytes.Get(), 0, kMost), "PB_INT_MUL_OK( channels, s )");
     EXPECT_ABORT(pcmPacketEncode(pkt.Get(), PCM_ENCODING_PACK_64), "PB_INT_MUL_OK( channels, s )");
 }

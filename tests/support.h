@@ -8,6 +8,7 @@
 #include <bit>
 #include <csignal>
 #include <cstdint>
+#include <dlfcn.h>
 #include <functional>
 #include <optional>
 #include <random>
@@ -42,6 +43,13 @@ inline testing::Matcher<const std::string &> AbortLine(const std::string &file, 
         quoted += c;
     }
     return testing::ContainsRegex("(^|\n)" + file + ":[0-9]+: " + quoted + "\n");
+}
+
+/// A function of the runtime, for tests that put their own before it. Such a function stands for the library's calls,
+/// while the runtime's calls of itself go their own way.
+template <class Function> Function *Runtime(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
 inline pcm::Packet MakePacket(pbInt channels, const Samples &samples)

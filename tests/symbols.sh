@@ -29,6 +29,8 @@ for library in "$pcm" "$pb"; do
     readelf -lW "$library" | grep -q 'GNU_STACK.* RW ' || { echo "$library wants a stack that is code"; status=1; }
     readelf -lW "$library" | grep 'LOAD.* RWE ' && { echo "$library has code that can be written"; status=1; }
 done
+# The runtime's calls of itself are no calls of the libraries above it.
+readelf -rW "$pb" | grep -E 'JUMP_SLO.* pb' && { echo "libpb calls itself through the linker"; status=1; }
 # What others reach into keeps its size.
 same "sizes of libpcm's data" "$(grep -v '^#' "$here/data.txt")" \
     "$(nm -DS --defined-only "$pcm" | awk '$3 ~ /^[BDR]$/ { sub(/@.*/, "", $4); print $4, "0x" $2 }' | sed 's/0x0*/0x/' |

@@ -1,6 +1,6 @@
 // The numbers of the pictures, for gnuplot: blocks of lines "Hz dB", each under its name.
-//     picture_data responses              what each built-in filter makes of an impulse
-//     picture_data spectra FILE [FILE]... the spectrum of each audio file
+//     picture_data responses             of each built-in filter, measured with an impulse; those of 48000 Hz first
+//     picture_data spectra BEFORE AFTER  of two audio files
 #include "audio_file.h"
 
 #include <algorithm>
@@ -13,104 +13,118 @@
 #include <string>
 #include <vector>
 
+#include <fftw3.h>
+
 namespace {
 
-constexpr double kLowest = -120; // dB, below which no picture goes
-
-double Decibels(double power)
-{
-    return power > 0 ? std::max(kLowest, 10 * std::log10(power)) : kLowest;
-}
-
-/// Values from 0 Hz up to half the rate.
-void PrintBlock(const std::string &name, double rate, const std::vector<double> &decibels)
+/// Power, in dB, at multiples of a step in Hz from 0 on.
+void PrintBlock(const std::string &name, double step, const std::vector<double> &power)
 {
     std::printf("\"%s\"\n", name.c_str());
-    for (std::size_t i = 0; i < decibels.size(); ++i)
-        std::printf("%.1f %.2f\n", static_cast<double>(i) * rate / 2 / static_cast<double>(decibels.size()),
-                    decibels[i]);
+    for (std::size_t i = 0; i < power.size(); ++i)
+        if (power[i] > 0)
+            std::printf("%.1f %.2f\n", static_cast<double>(i) * step, 10 * std::log10(power[i]));
     std::printf("\n\n");
 }
 
-void PrintResponses()
+/// The discrete Fourier transform of real values, at the non-negative frequencies.
+class Transform {
+public:
+    explicit Transform(std::size_t length)
+        : in_(length), out_(length / 2 + 1),
+          plan_(fftw_plan_dft_r2c_1d(static_cast<int>(length), in_.data(),
+                                     reinterpret_cast<fftw_complex *>(out_.data()), FFTW_ESTIMATE))
+    {
+    }
+    ~Transform() { fftw_destroy_plan(plan_); }
+    Transform(const Transform &) = delete;
+    Transform &operator=(const Transform &) = delete;
+
+    std::span<double> In() { return in_; }
+    std::span<const std::complex<double>> Out()
+    {
+        fftw_execute(plan_);
+        return out_;
+    }
+
+private:
+    std::vector<double> in_;
+    std::vector<std::complex<double>> out_;
+    fftw_plan plan_;
+};
+
+void PrintResponses(bool at48000)
 {
-    constexpr std::size_t kPoints = 240;
     for (PCM_FILTER_TYPE type = 0; PCM_FILTER_TYPE_OK(type); ++type) {
+        // The name ends in the cut-off and the rate: ..._4000_AT_16000.
+        const std::string name = pcm::FilterTypeToString(type);
+        const std::size_t at = name.rfind("_AT_"), under = name.rfind('_', at - 1);
+        const int cutOff = std::stoi(name.substr(under + 1)), rate = std::stoi(name.substr(at + 4));
+        if ((rate == 48000) != at48000)
+            continue;
+
         const pcm::FilterCoefficients coefficients(type);
         std::vector<PCM_SAMPLE> impulse(static_cast<std::size_t>(coefficients.Length()));
         impulse.front() = 1;
         pcm::Filter filter(coefficients, 1);
         filter.Write(pcm::Packet(impulse, 1));
         const pcm::Packet response = filter.Read();
-
-        // The name ends in the cut-off and the rate: ..._4000_AT_16000.
-        const std::string name = pcm::FilterTypeToString(type);
-        const std::size_t at = name.rfind("_AT_"), under = name.rfind('_', at - 1);
-        const std::string cutOff = name.substr(under + 1, at - under - 1), rate = name.substr(at + 4);
-
-        std::vector<double> decibels;
-        for (std::size_t i = 0; i < kPoints; ++i) {
-            std::complex<double> sum = 0;
-            const double step = std::numbers::pi * static_cast<double>(i) / kPoints;
-            for (std::size_t k = 0; k < response.Samples().size(); ++k)
-                sum += std::polar<double>(1, -step * static_cast<double>(k)) * double{response.Samples()[k]};
-            decibels.push_back(Decibels(std::norm(sum)));
-        }
-        PrintBlock(cutOff + " Hz at " + rate, std::stod(rate), decibels);
+        Transform transform(static_cast<std::size_t>(rate) / 40);
+        std::ranges::copy(response.Samples(), transform.In().begin());
+        std::vector<double> power;
+        for (const auto &value : transform.Out())
+            power.push_back(std::norm(value));
+        PrintBlock(at48000 ? std::to_string(cutOff / 1000) + " kHz"
+                           : std::to_string(cutOff / 1000) + " kHz, at " + std::to_string(rate / 1000) + " kHz",
+                   40, power);
     }
 }
 
-/// The discrete Fourier transform, in place, of a power of 2 of values.
-void Transform(std::span<std::complex<double>> values)
-{
-    const std::size_t half = values.size() / 2;
-    if (half == 0)
-        return;
-    std::vector<std::complex<double>> even, odd;
-    for (std::size_t i = 0; i < half; ++i) {
-        even.push_back(values[2 * i]);
-        odd.push_back(values[2 * i + 1]);
-    }
-    Transform(even);
-    Transform(odd);
-    for (std::size_t i = 0; i < half; ++i) {
-        const double angle = -std::numbers::pi * static_cast<double>(i) / static_cast<double>(half);
-        const auto turned = std::polar(1.0, angle) * odd[i];
-        values[i] = even[i] + turned;
-        values[i + half] = even[i] - turned;
-    }
-}
-
-/// Mean power over segments that overlap by half, each under a Hann window (Welch's method), of the file's first
-/// channel. A sine at full scale is 0 dB.
-void PrintSpectrum(const std::string &path)
+/**
+   The mean power over segments of 40 ms, so that two files of any rates are measured in bands of the same 25 Hz. The
+   segments overlap by half and are weighted by a Hann window (Welch's method); the channels are averaged. A sine at
+   full scale is 0 dB.
+*/
+void PrintSpectrum(const std::string &when, const std::string &path)
 {
     AudioReader reader(path);
-    std::vector<double> signal;
-    while (const auto pkt = reader.Read(4096))
-        for (std::size_t i = 0; i < pkt.Samples().size(); i += static_cast<std::size_t>(pkt.Channels()))
-            signal.push_back(pkt.Samples()[i]);
+    const auto rate = static_cast<double>(reader.Rate());
+    const auto length = static_cast<std::size_t>(std::max(4.0, std::round(rate / 25)));
+    std::vector<double> window, power(length / 2 + 1);
+    for (std::size_t i = 0; i < length; ++i)
+        window.push_back(0.5 -
+                         0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(length)));
 
-    std::size_t length = 2;
-    while (static_cast<double>(length) * 50 < static_cast<double>(reader.Rate())) // a value for each 25 to 50 Hz
-        length *= 2;
-    signal.resize(std::max(signal.size(), length));
-    std::vector<double> power(length / 2);
-    std::size_t segments = 0;
-    for (std::size_t start = 0; start + length <= signal.size(); start += length / 2, ++segments) {
-        std::vector<std::complex<double>> values;
-        for (std::size_t i = 0; i < length; ++i) {
-            const double turn = 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(length);
-            values.push_back(signal[start + i] * (0.5 - 0.5 * std::cos(turn)));
+    Transform transform(length);
+    pcm::PacketQueue queue(1);
+    std::vector<PCM_SAMPLE> segment(length);
+    double segments = 0;
+    const std::size_t half = length / 2;
+    for (bool ended = false; !ended || segments == 0;) {
+        while (!ended && queue.Frames() < static_cast<pbInt>(half)) {
+            auto pkt = reader.Read(4096);
+            ended = !pkt;
+            if (ended)
+                break;
+            pkt.ChannelsAdjustReplaceWithDownmix(1);
+            queue.Write(pkt);
         }
-        Transform(values);
+        std::shift_left(segment.begin(), segment.end(), static_cast<long>(half));
+        const auto fresh =
+            std::span(segment).last(half).first(std::min(half, static_cast<std::size_t>(queue.Frames())));
+        std::ranges::fill(std::span(segment).last(half), 0.0f);
+        queue.GatherSamples(fresh);
+        std::ranges::transform(segment, window, transform.In().begin(), std::multiplies<>());
+        const auto values = transform.Out();
         for (std::size_t i = 0; i < power.size(); ++i)
             power[i] += std::norm(values[i] * 4.0 / static_cast<double>(length));
+        ++segments;
     }
     for (double &value : power)
-        value = Decibels(value / static_cast<double>(segments));
-    PrintBlock(path.substr(path.rfind('/') + 1) + ", " + reader.Description(), static_cast<double>(reader.Rate()),
-               power);
+        value /= segments;
+    char name[160];
+    std::snprintf(name, sizeof name, "%s: %s, %g kHz", when.c_str(), reader.Description().c_str(), rate / 1000);
+    PrintBlock(name, rate / static_cast<double>(length), power);
 }
 
 } // namespace
@@ -120,12 +134,15 @@ int main(int argc, char **argv)
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     try {
         const pcm::Module module;
-        if (arguments.size() == 1 && arguments[0] == "responses")
-            PrintResponses();
-        else if (arguments.size() > 1 && arguments[0] == "spectra")
-            std::for_each(arguments.begin() + 1, arguments.end(), PrintSpectrum);
-        else
-            throw Failure("takes 'responses', or 'spectra' and audio files");
+        if (arguments.size() == 1 && arguments[0] == "responses") {
+            PrintResponses(true);
+            PrintResponses(false);
+        } else if (arguments.size() == 3 && arguments[0] == "spectra") {
+            PrintSpectrum("before", arguments[1]);
+            PrintSpectrum("after", arguments[2]);
+        } else {
+            throw Failure("takes 'responses', or 'spectra' and two audio files");
+        }
         return 0;
     } catch (const std::exception &failure) {
         std::fprintf(stderr, "picture_data: %s\n", failure.what());

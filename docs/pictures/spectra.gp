@@ -1,9 +1,8 @@
-# The spectra of audio files on one scale: gnuplot -e "data='FILE'; picture='FILE'; files=COUNT"
+# The spectra of a recording before and after: TITLE='TEXT' gnuplot -e "data='FILE'; picture='FILE'"
 load 'style.gp'
-set title 'What the recordings hold'
-set xlabel 'frequency, kHz'
-set ylabel 'level, dB of full scale'
+set title system('printf %s "$TITLE"') noenhanced
+set xlabel 'frequency, kHz' offset 0,0.4
+set ylabel 'power in 25 Hz, dB of full scale'
 set yrange [-120:0]
-set xtics 2
-set key top right
-plot for [i=0:files-1] data index i using ($1/1000):2 with lines linestyle i+1 title columnheader(1)
+set autoscale xfix
+plot for [i=0:1] data index i using ($1/1000):2 with lines linestyle i+1 title columnheader(1)

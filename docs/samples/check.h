@@ -1,4 +1,4 @@
-/* For the samples: what a page says holds, or the program fails. */
+/* For the samples: the program fails where what its page says does not hold. */
 #ifndef CHECK_H
 #define CHECK_H
 
@@ -8,7 +8,7 @@
 #define CHECK(...)                                                                                                     \
     do {                                                                                                               \
         if (!(__VA_ARGS__)) {                                                                                          \
-            fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #__VA_ARGS__);                                  \
+            fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #__VA_ARGS__);                                  \
             exit(1);                                                                                                   \
         }                                                                                                              \
     } while (0)

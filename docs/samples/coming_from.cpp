@@ -16,8 +16,9 @@ static pbInt ReadFrames(float *dest, pbInt frames)
 static pcm::Packet Adopt()
 {
     auto *block = static_cast<float *>(pbMemAllocN(1024 * 2, sizeof(float)));
-    const pbInt got = ReadFrames(block, 1024);                               // two channels, interleaved
-    return pcm::Packet::Adopt(pcmPacketCreateFromSamplesUse(block, 2, got)); // no copy; the packet frees the block
+    const pbInt got = ReadFrames(block, 1024); // two channels, interleaved
+    block = static_cast<float *>(pbMemReallocN(block, got * 2, sizeof(float)));
+    return pcm::Packet::CreateFromSamplesUse(block, 2, got); // no copy; the packet frees the block
 }
 
 // A callback of SDL: fill this many bytes of 16-bit stereo, with silence where there is nothing.

@@ -1,4 +1,4 @@
-// Ends in the middle, as the page says.
+// Ends the process, as the page says.
 #include <pcm/pcm.hpp>
 
 int main()

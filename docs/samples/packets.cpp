@@ -18,7 +18,7 @@ static void Share()
 {
     pcm::Packet a(std::vector<float>{0.5f, 0.5f}, 1);
     pcm::Packet b = a;   // one object, two handles
-    b.LevelAdjust(-6.0); // b now has a packet of its own
+    b.LevelAdjust(-6.0); // b now has its own packet
     CHECK(a.Get() != b.Get());
     CHECK(a.Samples()[0] == 0.5f);
 }

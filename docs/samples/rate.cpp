@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 // From 48000 frames per second to 16000.
 class Down {
@@ -16,7 +17,7 @@ public:
         const pbInt whole = filter_.Frames() / 3 * 3;
         if (whole == 0)
             return pcm::Packet(pkt.Channels());
-        auto out = filter_.Gather(whole); // a rest of one or two frames waits for the next packet
+        auto out = filter_.Gather(whole); // one or two frames may wait for the next packet
         out.FramesReduce(3);              // keeps every third frame
         return out;
     }
@@ -32,7 +33,7 @@ public:
 
     pcm::Packet Next(pcm::Packet pkt)
     {
-        pkt.FramesExtend(6); // five frames of silence after each
+        pkt.FramesExtend(6); // puts five frames of silence after each
         filter_.Write(pkt);  // takes away the images above 4000 Hz
         auto out = filter_.Read();
         out.LevelAdjust(pcm::DecibelFromGain(6.0)); // the level was spread over six frames
@@ -57,9 +58,57 @@ template <class Step> static float Peak(Step step, pbInt from)
     return peak;
 }
 
+/// A set's gain in dB at a frequency, as the library filters a sine.
+static double Gain(PCM_FILTER_TYPE type, int rate, double hertz)
+{
+    std::vector<float> sine;
+    for (int i = 0; i < rate / 10; ++i)
+        sine.push_back(static_cast<float>(0.5 * std::sin(2 * M_PI * hertz * i / rate + 0.1)));
+    pcm::Filter filter(pcm::FilterCoefficients(type), 1);
+    filter.Write(pcm::Packet(sine, 1));
+    const auto out = filter.Read();
+    double in = 0, left = 0;
+    for (std::size_t i = 48; i < sine.size(); ++i) {
+        in += static_cast<double>(sine[i] * sine[i]);
+        left += static_cast<double>(out.Samples()[i] * out.Samples()[i]);
+    }
+    return 10 * std::log10(left / in);
+}
+
+// The page's table of the built-in sets, with the edge and the rate of each.
+static void Sets()
+{
+    const struct {
+        int edge, rate;
+        double low, high, atEdge, above, headroom;
+    } rows[] = {
+        {4000, 16000, -0.3, 0.4, -3.8, -31.1, 4.4},  {4000, 24000, -0.2, 0.3, -3.4, -20.4, 3.9},
+        {4000, 48000, -0.2, 0.2, -3.3, -16.8, 3.6},  {6000, 24000, -0.1, 0.1, -3.3, -33.3, 4.8},
+        {6000, 48000, -0.1, 0.1, -3.1, -18.3, 3.9},  {8000, 48000, -0.1, 0.1, -3.1, -19.8, 4.2},
+        {12000, 48000, -0.1, 0.1, -3.1, -28.1, 5.0},
+    };
+    const auto is = [](double value, double row) { return std::abs(value - row) < 0.1; };
+    PCM_FILTER_TYPE type = 0;
+    for (const auto &row : rows) {
+        double low = 0, high = 0, above = -200, sum = 0;
+        for (double hertz = 50; hertz <= 0.75 * row.edge; hertz += 50) {
+            low = std::min(low, Gain(type, row.rate, hertz));
+            high = std::max(high, Gain(type, row.rate, hertz));
+        }
+        for (double hertz = 1.25 * row.edge; hertz < row.rate / 2; hertz += 50)
+            above = std::max(above, Gain(type, row.rate, hertz));
+        for (const float tap : pcm::FilterCoefficients(type).Taps())
+            sum += static_cast<double>(std::abs(tap));
+        CHECK(is(low, row.low) && is(high, row.high) && is(Gain(type, row.rate, row.edge), row.atEdge));
+        CHECK(is(above, row.above) && is(20 * std::log10(sum), row.headroom));
+        ++type;
+    }
+}
+
 int main()
 {
     const pcm::Module module;
+    Sets();
     const float down = Peak(Down(1), 48000), up = Peak(Up(1), 8000);
     CHECK(down > 0.97f && down < 1.03f);
     CHECK(up > 0.97f && up < 1.03f);

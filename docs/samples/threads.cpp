@@ -9,8 +9,8 @@ static void Work(const pcm::Packet &recording)
 {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([mine = recording, i]() mutable { // each thread has a handle of its own
-            mine.LevelAdjust(-3.0 * i);                        // and changes a copy of its own
+        threads.emplace_back([mine = recording, i]() mutable { // each thread has its own handle
+            mine.LevelAdjust(-3.0 * i);                        // and changes its own copy
             CHECK(mine.Frames() == 8000);
         });
     for (auto &thread : threads)

@@ -17,11 +17,12 @@ PB_EXTERN_C_BEGIN
    Ends the process after reporting its arguments. Never returns.
 
    This runtime prints one line on standard error, `file:line: context: expression` or, without a context,
-   `file:line: expression`, and calls abort(). Memory that cannot be had ends the same way.
+   `file:line: expression`, and calls abort(), so the signal is SIGABRT. A failed allocation ends the process in the
+   same way.
 
    @param context     what was being done, or null
    @param file        the source file of the check, from the project's root and without its ending
-   @param line        its line there
+   @param line        the line of the check in that file
    @param expression  the text of the condition that does not hold
 */
 PB_NORETURN PB_API void pb___Abort(const char *context, const char *file, pbInt line, const char *expression);

@@ -17,18 +17,20 @@ PB_EXTERN_C_BEGIN
 typedef struct PB_BUFFER PB_BUFFER;
 
 /**
-   @param bytes   a block from pbMemAlloc, taken over without a copy; null when length is 0
+   Makes a buffer of a block of bytes without copying it.
+
+   @param bytes   a block from pbMemAlloc or pbMemAllocN, taken over without a copy; may be null when length is 0
    @param length  its bytes, at least 0
    @return a new buffer, owned by the caller; destroying it frees the block
 
-   Ends the process when length is negative or bytes is missing.
+   Ends the process when length is negative or bytes is null with a length above 0.
 */
 PB_API PB_BUFFER *pbBufferCreateFromBytesUse(void *bytes, pbInt length);
 
-/** @return the first byte, read only, valid while the buffer lives. Ends the process when buf is null. */
+/** Lends the bytes, to be read only, while the caller holds the buffer buf. Ends the process when buf is null. */
 PB_API const void *pbBufferBacking(PB_BUFFER *buf);
 
-/** @return the length in bytes. Ends the process when buf is null. */
+/** Returns the length of buf in bytes. Ends the process when buf is null. */
 PB_API pbInt pbBufferLength(PB_BUFFER *buf);
 
 PB_EXTERN_C_END

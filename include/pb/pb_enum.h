@@ -2,7 +2,7 @@
    @file
    Enumerations: tables of names and values that turn one into the other.
 
-   Every operation ends the process when an object or a text is missing. Threads: any number may hold and read an
+   Every operation ends the process when an object or a text is null. Threads: any number may hold and read an
    enumeration; each changes it through a handle of its own.
 
    @since 1.0
@@ -17,7 +17,7 @@ PB_EXTERN_C_BEGIN
 /** A table of names and values. */
 typedef struct PB_ENUM PB_ENUM;
 
-/** @return a new enumeration without names, owned by the caller. */
+/** Makes an enumeration without names. Returns it, owned by the caller. */
 PB_API PB_ENUM *pbEnumCreate(void);
 
 /**
@@ -30,10 +30,11 @@ PB_API PB_ENUM *pbEnumCreate(void);
 */
 PB_API void pbEnumSetEnumerantCstr(PB_ENUM **enm, const char *name, pbInt length, pbInt value);
 
-/** @return the value of the name that pbs holds exactly, or -1 when there is none. */
+/** Returns the value of the name that is exactly the text pbs, or -1 when enm has no such name. */
 PB_API pbInt pbEnumParse(PB_ENUM *enm, PB_STRING *pbs);
 
-/** @return a new string with the first name of the value; ends the process when there is none. */
+/** Returns a string with the first name of value: a reference, owned by the caller, to a string that others may hold
+    too. Ends the process when there is none. */
 PB_API PB_STRING *pbEnumGenerate(PB_ENUM *enm, pbInt value);
 
 PB_EXTERN_C_END

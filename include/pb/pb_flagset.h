@@ -6,7 +6,7 @@
    text. In a text that is read, blanks around a name do not matter, and names that are not in the set contribute
    nothing.
 
-   Every operation ends the process when an object or a text is missing. Threads: any number may hold and read a flag
+   Every operation ends the process when an object or a text is null. Threads: any number may hold and read a flag
    set; each changes it through a handle of its own.
 
    @since 1.0
@@ -21,10 +21,10 @@ PB_EXTERN_C_BEGIN
 /** A table of flag names and bits. */
 typedef struct PB_FLAGSET PB_FLAGSET;
 
-/** @return a new flag set without names, owned by the caller. */
+/** Makes a flag set without names. Returns it, owned by the caller. */
 PB_API PB_FLAGSET *pbFlagsetCreate(void);
 
-/** @return whether the set has the name; length is in bytes, or -1: up to the NUL. */
+/** Returns whether flags has the name, of which length is the number of bytes, or -1: up to the NUL. */
 PB_API pbBool pbFlagsetHasFlagCstr(PB_FLAGSET *flags, const char *name, pbInt length);
 
 /**
@@ -37,10 +37,11 @@ PB_API pbBool pbFlagsetHasFlagCstr(PB_FLAGSET *flags, const char *name, pbInt le
 */
 PB_API void pbFlagsetSetFlagCstr(PB_FLAGSET **flags, const char *name, pbInt length, pbInt value);
 
-/** @return the bits of all names in the text, joined by or. */
+/** Returns the bits of all names in the text pbs, combined with bitwise or. */
 PB_API pbInt pbFlagsetParse(PB_FLAGSET *flags, PB_STRING *pbs);
 
-/** @return a new string with the names of the flags of which value has every bit; bits without a name are left out. */
+/** Returns a new string, owned by the caller, with the names of the flags of which value has every bit; bits without a
+    name are left out. */
 PB_API PB_STRING *pbFlagsetGenerate(PB_FLAGSET *flags, pbInt value);
 
 PB_EXTERN_C_END

@@ -11,13 +11,13 @@
 
 #include <pb/pb_base.h>
 
-/** Whether the sum of two signed 64-bit integers is one too; decided without computing it. */
+/** Whether the sum a + b fits in a signed 64-bit integer; decided without computing it. */
 #define PB_INT_ADD_OK(a, b) pb___IntAddOk((a), (b))
 
-/** The same for the difference a - b. */
+/** Whether the difference a - b fits. */
 #define PB_INT_SUB_OK(a, b) pb___IntSubOk((a), (b))
 
-/** The same for the product. */
+/** Whether the product a * b fits. */
 #define PB_INT_MUL_OK(a, b) pb___IntMulOk((a), (b))
 
 /** The size of a type or object in bytes, as a pbInt. */
@@ -47,13 +47,13 @@ static inline pbBool pb___IntMulOk(pbInt a, pbInt b)
 
 PB_EXTERN_C_BEGIN
 
-/** @return the smaller of the two. */
+/** Returns the smaller of a and b. */
 PB_API pbInt pbIntMin(pbInt a, pbInt b);
 
-/** @return the larger of the two. */
+/** Returns the larger of a and b. */
 PB_API pbInt pbIntMax(pbInt a, pbInt b);
 
-/** @return the number of 1 bits in the 64-bit two's-complement pattern. */
+/** Returns the number of 1 bits in value, as a 64-bit two's-complement pattern. */
 PB_API pbInt pbIntBitCount(pbInt value);
 
 PB_EXTERN_C_END

@@ -2,9 +2,9 @@
    @file
    Memory. Blocks come from these operations and go back through pbMemFree, whoever owns them in between.
 
-   No operation reports a failure: memory that cannot be had, a negative count, a product that does not fit in 64 bits
-   or bytes without a pointer to them end the process. Threads: every operation may be called from any thread; a block
-   belongs to its owner.
+   No operation reports a failure: the process ends when an allocation fails, a count is negative, a product does not
+   fit in 64 bits, or a pointer is null with bytes above 0. Threads: every operation may be called from any thread; a
+   block belongs to its owner.
 
    @since 1.0
 */
@@ -15,10 +15,11 @@
 
 PB_EXTERN_C_BEGIN
 
-/** @return a block of at least so many bytes, aligned for every scalar type, contents indeterminate; null for 0. */
+/** Allocates a block of bytes, aligned for every scalar type, its contents indeterminate. Returns it; for 0 bytes null
+   or a block that pbMemFree accepts. */
 PB_API void *pbMemAlloc(pbInt bytes);
 
-/** @return a block for count elements of size bytes each, as pbMemAlloc. */
+/** Allocates a block for count elements of size bytes each. Returns it as pbMemAlloc. */
 PB_API void *pbMemAllocN(pbInt count, pbInt size);
 
 /**
@@ -27,26 +28,26 @@ PB_API void *pbMemAllocN(pbInt count, pbInt size);
    @param block  a block, invalid afterwards, or null for a fresh one
    @param count  elements of the resized block
    @param size   bytes of each
-   @return the resized block; null for 0 bytes, the old block being freed
+   @return the resized block; for 0 bytes as pbMemAlloc, the old block being freed
 */
 PB_API void *pbMemReallocN(void *block, pbInt count, pbInt size);
 
 /** Frees a block; null is accepted and ignored. */
 PB_API void pbMemFree(void *block);
 
-/** Copies bytes between ranges that do not overlap. */
+/** Copies bytes from source to dest, ranges that do not overlap. */
 PB_API void pbMemCopy(void *dest, const void *source, pbInt bytes);
 
-/** Copies count elements of size bytes between ranges that do not overlap; with 0 bytes the pointers may be null. */
+/** Copies count elements of size bytes, as pbMemCopy; with 0 bytes the pointers may be null. */
 PB_API void pbMemCopyN(void *dest, const void *source, pbInt count, pbInt size);
 
-/** As pbMemCopyN between ranges that may overlap. */
+/** Copies as pbMemCopyN, between ranges that may overlap. */
 PB_API void pbMemMoveN(void *dest, const void *source, pbInt count, pbInt size);
 
 /** Fills count elements of size bytes with the low byte of value; with 0 bytes the pointer may be null. */
 PB_API void pbMemSetN(void *dest, pbInt value, pbInt count, pbInt size);
 
-/** For hosts and tests: @return how many blocks are allocated now, besides the objects' own memory. */
+/** Returns the number of blocks that are allocated now, besides the objects' own memory: for hosts and tests. */
 PB_API pbInt pb___MemDbgBlocks(void);
 
 PB_EXTERN_C_END

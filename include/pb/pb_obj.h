@@ -2,8 +2,8 @@
    @file
    Objects, their sorts, and the modules that own the sorts.
 
-   Every value that a library of the product hands out is an object: a structure that begins with a PB_OBJ and lives
-   as long as its reference count is above 0. A pointer to any object may be cast to `PB_OBJ *`.
+   Libraries of the product return objects: structures that begin with a PB_OBJ and exist as long as their reference
+   count is above 0. A pointer to any object may be cast to `PB_OBJ *`.
 
    Threads: reference counts change atomically, so any number of threads may hold, retain and release one object.
 
@@ -89,7 +89,7 @@ struct PB_MODULE_RECORD {
    @param sort  its sort; must outlive the object
    @return the new object, never null; the caller sets every field of the sort
 
-   Ends the process when memory is exhausted.
+   Ends the process when the allocation fails.
 */
 PB_API PB_OBJ *pb___ObjCreate(pbInt size, const PB_SORT *sort);
 
@@ -100,40 +100,48 @@ PB_API void pb___ObjFree(PB_OBJ *obj);
     for one object at a time. */
 PB_API void pb___ObjDbgSetAllocationSize(PB_OBJ *obj, pbInt bytes);
 
-/** As pb___ObjDbgSetAllocationSize with count elements of size bytes each. */
+/** Records the same, given as count elements of size bytes each. */
 PB_API void pb___ObjDbgSetAllocationSizeN(PB_OBJ *obj, pbInt count, pbInt size);
 
-/** @return the sort of an object; ends the process when obj is null. */
+/** Returns the sort of obj. Ends the process when obj is null. */
 PB_API const PB_SORT *pbObjSort(PB_OBJ *obj);
 
 /**
-   Orders two objects, by their sort's own order where both are of one sort that has one, otherwise by address.
+   Orders two objects: by their sort's own order where both are of one sort that has one, otherwise by address.
+
+   @param a  an object or null
+   @param b  an object or null
+   @return negative, zero or positive
 
    Null comes before every object, so an object without an order of its own equals only itself.
-
-   @return negative, zero or positive
 */
 PB_API pbInt pbObjCompare(PB_OBJ *a, PB_OBJ *b);
 
 /**
-   @return a new string that describes the object, owned by the caller: what its sort says of it, otherwise the sort's
-   name, a blank and the object's address. Ends the process when obj is null.
+   Describes an object: with its sort's own function, otherwise by the sort's name, a blank and the object's address.
+
+   @param obj  the object
+   @return a new string, owned by the caller
+
+   Ends the process when obj is null.
 */
 PB_API PB_STRING *pbObjToString(PB_OBJ *obj);
 
-/* For hosts and tests; the libraries above the runtime call none of these. */
-
-/** Takes one more reference to an object of any sort. Ends the process when obj is null. */
+/** @name For hosts and tests
+    The libraries above the runtime call none of these.
+    @{ */
+/** Takes one more reference to obj, of any sort. Ends the process when obj is null. */
 PB_API void pbObjRetain(PB_OBJ *obj);
 
-/** Gives up a reference to an object of any sort; the last one destroys it. Ends the process when obj is null. */
+/** Gives up a reference to obj, of any sort; the last one destroys the object. Ends the process when obj is null. */
 PB_API void pbObjRelease(PB_OBJ *obj);
 
-/** @return the bytes that the object owns besides itself, as last recorded; 0 when nothing was. */
+/** Returns the bytes that obj owns besides itself, as last recorded; 0 when nothing was. */
 PB_API pbInt pb___ObjDbgAllocationSize(PB_OBJ *obj);
 
-/** @return how many objects of all sorts the process holds now: 0 at the end of a host that leaks none. */
+/** Returns the number of objects of all sorts that exist now: 0 at the end of a host that leaks none. */
 PB_API pbInt pb___ObjDbgObjects(void);
+/** @} */
 
 PB_EXTERN_C_END
 

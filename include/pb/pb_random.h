@@ -3,7 +3,7 @@
    Random numbers: the 64-bit Mersenne Twister of the C++ standard library, one for each thread, seeded by the system.
    Not for secrets.
 
-   Threads: may be called from any thread; each draws from numbers of its own.
+   Threads: may be called from any thread; each has a generator of its own.
 
    @since 1.0
 */
@@ -14,10 +14,11 @@
 
 PB_EXTERN_C_BEGIN
 
-/** @return an integer, uniformly from the whole signed 64-bit range. */
+/** Draws an integer, uniformly from the whole signed 64-bit range. */
 PB_API pbInt pbRandomInt(void);
 
-/** @return an integer, uniformly from low up to but not including high. Ends the process unless 0 <= low < high. */
+/** Draws an integer, uniformly from low up to but not including high; another runtime may draw high too. Ends the
+   process unless 0 <= low < high. */
 PB_API pbInt pbRandomNonNegativeIntRange(pbInt low, pbInt high);
 
 PB_EXTERN_C_END

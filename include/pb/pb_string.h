@@ -15,18 +15,20 @@
 PB_EXTERN_C_BEGIN
 
 /**
-   @param text    its bytes; may be null when length is 0
-   @param length  how many bytes, or -1: up to the NUL
+   Makes a string of a copy of a text.
+
+   @param text    the bytes; may be null when length is 0
+   @param length  the number of bytes, or -1: up to the NUL
    @return a new string, owned by the caller
 
-   Ends the process when length is below -1 or text is missing.
+   Ends the process when length is out of range, or text is null with another length than 0.
 */
 PB_API PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length);
 
-/** @return the text, NUL-terminated, valid while the string lives. Ends the process when pbs is null. */
+/** Lends the text, NUL-terminated, while the caller holds the string pbs. Ends the process when pbs is null. */
 PB_API const char *pbStringCstr(PB_STRING *pbs);
 
-/** @return the length in bytes, without the NUL. Ends the process when pbs is null. */
+/** Returns the length of pbs in bytes, without the NUL. Ends the process when pbs is null. */
 PB_API pbInt pbStringLength(PB_STRING *pbs);
 
 PB_EXTERN_C_END

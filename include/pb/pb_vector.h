@@ -2,9 +2,9 @@
    @file
    Vectors: sequences of references to objects, appended at the end and taken from the front in constant time.
 
-   An operation that changes a vector takes the address of the caller's handle; a vector that somebody else holds too
-   is first replaced there by a private copy, so no other holder sees the change. Arguments that are missing end the
-   process. Threads: any number may hold and read a vector; each changes it through a handle of its own.
+   An operation that changes a vector takes the address of the caller's handle; a shared vector is first
+   replaced there by a private copy. Null arguments end the process. Threads: any number may hold and read a vector;
+   each changes it through a handle of its own.
 
    @since 1.0
 */
@@ -18,16 +18,16 @@ PB_EXTERN_C_BEGIN
 /** A sequence of references. */
 typedef struct PB_VECTOR PB_VECTOR;
 
-/** @return a new vector without elements, owned by the caller; destroying it releases the elements. */
+/** Makes a vector without elements. Returns it, owned by the caller; destroying it releases the elements. */
 PB_API PB_VECTOR *pbVectorCreate(void);
 
-/** @return the number of elements. */
+/** Returns the number of elements of vec. */
 PB_API pbInt pbVectorLength(PB_VECTOR *vec);
 
-/** Appends an object and takes a reference of its own; the caller keeps its reference. */
+/** Appends obj to the vector in the handle vec, which takes a reference of its own. */
 PB_API void pbVectorAppendObj(PB_VECTOR **vec, PB_OBJ *obj);
 
-/** Removes the first element. @return it, with the vector's reference. Ends the process on an empty vector. */
+/** Removes the first element. Returns it with the vector's reference. Ends the process when the vector is empty. */
 PB_API PB_OBJ *pbVectorUnshift(PB_VECTOR **vec);
 
 /** Removes and releases every element. */

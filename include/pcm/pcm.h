@@ -1,6 +1,6 @@
 /**
    @file
-   The library: everything. Begin with pcm_base.h for the rules that hold throughout.
+   The library: everything, with all of the runtime's headers. Begin with pcm_base.h for the rules that hold throughout.
 
    @since 1.0
 */
@@ -26,5 +26,7 @@
 #include <pcm/pcm_samples.h>
 #include <pcm/pcm_silence.h>
 #include <pcm/pcm_tone.h>
+
+#include <pb/pb.h>
 
 #endif

@@ -1,7 +1,7 @@
 /**
    @file
-   The library for C++20 callers: the C operations with handles that look after their references. Header-only; adds no
-   behaviour of its own, so the C headers tell what an operation does and what ends the process.
+   The library for C++20 callers: the C operations, with handles that take and give up references by themselves.
+   Header-only; adds no behaviour of its own, so the C headers tell what an operation does and what ends the process.
 
    A handle (pcm::Packet, ...) holds one reference, or none when it is empty. Copying one retains, destroying one
    releases, moving one leaves it empty. Changing operations pass the handle's address on, so a shared object is
@@ -15,8 +15,8 @@
 
 #include <pcm/pcm.h>
 
-#include <pb/pb.h>
-
+#include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -25,63 +25,37 @@
 
 namespace pcm {
 
-/// How a sort's references are taken and given up; objects of the runtime go through the runtime.
-template <class T> struct Reference {
-    /// Takes one more reference.
-    static void Retain(T *object) { pbObjRetain(reinterpret_cast<PB_OBJ *>(object)); }
-    /// Gives one up.
-    static void Release(T *object) { pbObjRelease(reinterpret_cast<PB_OBJ *>(object)); }
-};
+/// Returns any object as a generic one; null stays null.
+template <class T> PB_OBJ *Obj(T *object) noexcept
+{
+    return reinterpret_cast<PB_OBJ *>(object);
+}
+/// Takes one more reference to an object of the runtime.
+template <class T> void Retain(T *object)
+{
+    pbObjRetain(Obj(object));
+}
+/// Gives up a reference to an object of the runtime.
+template <class T> void Release(T *object)
+{
+    pbObjRelease(Obj(object));
+}
 
-/// References to packets.
-template <> struct Reference<PCM_PACKET> {
-    /// Takes one more reference.
-    static void Retain(PCM_PACKET *object) { pcmPacketRetain(object); }
-    /// Gives one up.
-    static void Release(PCM_PACKET *object) { pcmPacketRelease(object); }
-};
+/// Returns the number of elements of a span, in the library's integers.
+template <class T> constexpr pbInt Size(std::span<T> run) noexcept
+{
+    return static_cast<pbInt>(run.size());
+}
 
-/// References to packet queues.
-template <> struct Reference<PCM_PACKET_QUEUE> {
-    /// Takes one more reference.
-    static void Retain(PCM_PACKET_QUEUE *object) { pcmPacketQueueRetain(object); }
-    /// Gives one up.
-    static void Release(PCM_PACKET_QUEUE *object) { pcmPacketQueueRelease(object); }
-};
-
-/// References to filters.
-template <> struct Reference<PCM_FILTER> {
-    /// Takes one more reference.
-    static void Retain(PCM_FILTER *object) { pcmFilterRetain(object); }
-    /// Gives one up.
-    static void Release(PCM_FILTER *object) { pcmFilterRelease(object); }
-};
-
-/// References to coefficient sets.
-template <> struct Reference<PCM_FILTER_COEFFICIENTS> {
-    /// Takes one more reference.
-    static void Retain(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRetain(object); }
-    /// Gives one up.
-    static void Release(PCM_FILTER_COEFFICIENTS *object) { pcmFilterCoefficientsRelease(object); }
-};
-
-/// References to tones.
-template <> struct Reference<PCM_TONE> {
-    /// Takes one more reference.
-    static void Retain(PCM_TONE *object) { pcmToneRetain(object); }
-    /// Gives one up.
-    static void Release(PCM_TONE *object) { pcmToneRelease(object); }
-};
-
-/// One reference to an object, or none.
-template <class T> class Handle {
+/// One reference to an object of the sort T, or none. Class is the handle type that derives from this one.
+template <class Class, class T, void (*retain)(T *) = Retain<T>, void (*release)(T *) = Release<T>> class Handle {
 public:
     Handle() noexcept = default; ///< an empty handle
     /// One more reference to the same object.
     Handle(const Handle &other) noexcept : object_(other.object_)
     {
         if (object_)
-            Reference<T>::Retain(object_);
+            retain(object_);
     }
     /// Leaves the other empty.
     Handle(Handle &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
@@ -95,20 +69,42 @@ public:
     ~Handle()
     {
         if (object_)
-            Reference<T>::Release(object_);
+            release(object_);
     }
 
-    /// Whether there is an object.
-    explicit operator bool() const noexcept { return object_; }
+    /// Takes over a reference.
+    [[nodiscard]] static Class Adopt(T *object) noexcept
+    {
+        Class handle;
+        *handle.Address() = object;
+        return handle;
+    }
+    /// Takes one more reference; null gives an empty handle.
+    [[nodiscard]] static Class Share(T *object) noexcept
+    {
+        if (object)
+            retain(object);
+        return Adopt(object);
+    }
 
+    explicit operator bool() const noexcept { return object_; } ///< whether there is an object
     /// The object, for the C operations; the handle keeps its reference.
     T *Get() const noexcept { return object_; }
-
     /// The handle's address, for C operations that may replace the object.
     T **Address() noexcept { return &object_; }
-
     /// Gives the reference to the caller and leaves the handle empty.
     [[nodiscard]] T *Detach() noexcept { return std::exchange(object_, nullptr); }
+
+    /// Describes the object, as pbObjToString. Ends the process when the handle is empty.
+    std::string ToString() const;
+    /// Orders two objects as pbObjCompare: by the sort's own order, else by address; an empty handle comes first.
+    friend std::weak_ordering operator<=>(const Handle &a, const Handle &b)
+    {
+        return pbObjCompare(Obj(a.object_), Obj(b.object_)) <=> 0;
+    }
+    /// Returns whether that order is 0: two packets, queues, filters, coefficient sets or tones are equal when they are
+    /// the same object, two strings when they have the same text.
+    friend bool operator==(const Handle &a, const Handle &b) { return (a <=> b) == 0; }
 
 protected:
     /// Takes over a reference.
@@ -118,32 +114,15 @@ private:
     T *object_ = nullptr;
 };
 
-/// What every handle type has: `Adopt` takes over a reference, `Share` adds one.
-#define PCM_HANDLE(Class, T)                                                                                           \
-    Class() noexcept = default;                                                                                        \
-    [[nodiscard]] static Class Adopt(T *object) noexcept                                                               \
-    {                                                                                                                  \
-        return Class(object, 0);                                                                                       \
-    }                                                                                                                  \
-    [[nodiscard]] static Class Share(T *object) noexcept                                                               \
-    {                                                                                                                  \
-        if (object)                                                                                                    \
-            Reference<T>::Retain(object);                                                                              \
-        return Class(object, 0);                                                                                       \
-    }                                                                                                                  \
-                                                                                                                       \
-private:                                                                                                               \
-    Class(T *adopted, int) noexcept : Handle(adopted)                                                                  \
-    {                                                                                                                  \
-    }                                                                                                                  \
-                                                                                                                       \
-public:
-
 /// Starts the library's module through its descriptor and stops it at the end of the scope. One at a time.
 class Module {
 public:
-    /// Starts the module.
-    Module() { pcmModule()->startup(); }
+    /// Starts the module; ends the process when that fails.
+    Module()
+    {
+        if (!pcmModule()->startup())
+            pb___Abort(nullptr, "include/pcm/pcm", __LINE__, "pcmModule()->startup()");
+    }
     /// Stops it.
     ~Module() { pcmModule()->shutdown(); }
     Module(const Module &) = delete;
@@ -151,12 +130,12 @@ public:
 };
 
 /// A text.
-class String : public Handle<PB_STRING> {
+class String : public Handle<String, PB_STRING> {
 public:
-    PCM_HANDLE(String, PB_STRING)
+    String() noexcept = default; ///< an empty handle
     /// A copy of the text.
     explicit String(std::string_view text)
-        : String(pbStringCreateFromCstr(text.data(), static_cast<pbInt>(text.size())), 0)
+        : Handle(pbStringCreateFromCstr(text.data(), static_cast<pbInt>(text.size())))
     {
     }
 
@@ -164,14 +143,20 @@ public:
     std::string_view View() const { return {pbStringCstr(Get()), static_cast<std::size_t>(pbStringLength(Get()))}; }
 };
 
+template <class Class, class T, void (*retain)(T *), void (*release)(T *)>
+std::string Handle<Class, T, retain, release>::ToString() const
+{
+    return std::string(String::Adopt(pbObjToString(Obj(object_))).View());
+}
+
 /// An immutable run of bytes.
-class Buffer : public Handle<PB_BUFFER> {
+class Buffer : public Handle<Buffer, PB_BUFFER> {
 public:
-    PCM_HANDLE(Buffer, PB_BUFFER)
+    Buffer() noexcept = default; ///< an empty handle
     /// A copy of the bytes.
     explicit Buffer(std::span<const std::byte> bytes)
     {
-        const auto length = static_cast<pbInt>(bytes.size());
+        const pbInt length = Size(bytes);
         void *block = pbMemAlloc(length);
         pbMemCopyN(block, bytes.data(), length, 1);
         *this = Adopt(pbBufferCreateFromBytesUse(block, length));
@@ -215,6 +200,18 @@ inline Buffer TryConvert(PCM_ENCODING destEncoding, const Buffer &source, PCM_EN
     return Buffer::Adopt(pcmTryConvert(destEncoding, source.Get(), sourceEncoding));
 }
 
+/// Converts as many samples as both runs of bytes have room for, into memory of the caller's own; returns how many.
+/// Nothing is allocated, and the runs must not overlap. The encoding 0 is PCM_SAMPLE, aligned: `std::as_bytes` and
+/// `std::as_writable_bytes` make bytes of samples.
+inline pbInt Convert(std::span<std::byte> dest, PCM_ENCODING destEncoding, std::span<const std::byte> source,
+                     PCM_ENCODING sourceEncoding)
+{
+    const pbInt samples = std::min(Size(dest) / pcmEncodingSizeofSample(destEncoding),
+                                   Size(source) / pcmEncodingSizeofSample(sourceEncoding));
+    pcm___Convert(dest.data(), destEncoding, source.data(), sourceEncoding, samples);
+    return samples;
+}
+
 /// As pcmDecibelFromGain.
 inline pbReal DecibelFromGain(pbReal gain)
 {
@@ -229,23 +226,28 @@ inline pbReal DecibelToGain(pbReal decibel)
 /// As pcmLevelAdjustSamples.
 inline void LevelAdjust(std::span<PCM_SAMPLE> samples, pbReal decibel)
 {
-    pcmLevelAdjustSamples(samples.data(), static_cast<pbInt>(samples.size()), decibel);
+    pcmLevelAdjustSamples(samples.data(), Size(samples), decibel);
 }
 
 /// A run of frames.
-class Packet : public Handle<PCM_PACKET> {
+class Packet : public Handle<Packet, PCM_PACKET, pcmPacketRetain, pcmPacketRelease> {
 public:
-    PCM_HANDLE(Packet, PCM_PACKET)
+    Packet() noexcept = default; ///< an empty handle
     /// A packet without frames, as pcmPacketCreate.
-    explicit Packet(pbInt channels) : Packet(pcmPacketCreate(channels), 0) {}
+    explicit Packet(pbInt channels) : Handle(pcmPacketCreate(channels)) {}
 
     /// A copy of interleaved samples; what is beyond the last whole frame is left out.
     Packet(std::span<const PCM_SAMPLE> samples, pbInt channels)
-        : Packet(pcmPacketCreateFromSamplesCopy(samples.data(), channels,
-                                                channels > 0 ? static_cast<pbInt>(samples.size()) / channels : 0),
-                 0)
+        : Handle(pcmPacketCreateFromSamplesCopy(samples.data(), channels, channels > 0 ? Size(samples) / channels : 0))
     {
     }
+    /// A packet that takes over a block from pbMemAllocN, as pcmPacketCreateFromSamplesUse.
+    static Packet CreateFromSamplesUse(PCM_SAMPLE *source, pbInt channels, pbInt frames)
+    {
+        return Adopt(pcmPacketCreateFromSamplesUse(source, channels, frames));
+    }
+    /// A new packet with a copy of every sample, as pcmPacketCreateFrom.
+    static Packet CreateFrom(const Packet &source) { return Adopt(pcmPacketCreateFrom(source.Get())); }
 
     /** @name As the C operation pcmPacket... of this name (pcm_packet.h) */
     /** @{ */
@@ -258,11 +260,11 @@ public:
 
     pbInt Channels() const { return pcmPacketChannels(Get()); }
     pbInt Frames() const { return pcmPacketFrames(Get()); }
-    std::span<const PCM_SAMPLE> Samples() const { return {pcmPacketBacking(Get()), Size()}; }
+    std::span<const PCM_SAMPLE> Samples() const { return {pcmPacketBacking(Get()), Count()}; }
     std::span<PCM_SAMPLE> MutableSamples()
     {
         PCM_SAMPLE *samples = pcmPacketMutableBacking(Address());
-        return {samples, Size()};
+        return {samples, Count()};
     }
 
     void Clear() { pcmPacketClear(Address()); }
@@ -356,16 +358,18 @@ public:
     }
 
 private:
-    std::size_t Size() const { return static_cast<std::size_t>(Frames() * Channels()); }
+    std::size_t Count() const { return static_cast<std::size_t>(Frames() * Channels()); }
 };
 
 /// Packets of one channel count, first in, first out. Handing a handle on shares the queue; writing or reading through
 /// one of them then leaves the other's queue as it is.
-class PacketQueue : public Handle<PCM_PACKET_QUEUE> {
+class PacketQueue : public Handle<PacketQueue, PCM_PACKET_QUEUE, pcmPacketQueueRetain, pcmPacketQueueRelease> {
 public:
-    PCM_HANDLE(PacketQueue, PCM_PACKET_QUEUE)
+    PacketQueue() noexcept = default; ///< an empty handle
     /// A queue without packets, as pcmPacketQueueCreate.
-    explicit PacketQueue(pbInt channels) : PacketQueue(pcmPacketQueueCreate(channels), 0) {}
+    explicit PacketQueue(pbInt channels) : Handle(pcmPacketQueueCreate(channels)) {}
+    /// A new queue that shares the waiting packets, as pcmPacketQueueCreateFrom.
+    static PacketQueue CreateFrom(const PacketQueue &source) { return Adopt(pcmPacketQueueCreateFrom(source.Get())); }
 
     /** @name As the C operation pcmPacketQueue... of this name (pcm_packet_queue.h) */
     /** @{ */
@@ -380,15 +384,16 @@ public:
     Packet Gather(pbInt frames) { return Packet::Adopt(pcmPacketQueueGather(Address(), frames)); }
     /** @} */
 
-    /// Fills the span with whole frames; what is beyond the last of them stays as it is.
+    /// Fills the span with whole frames; what is beyond the last of them, or too short for one, stays as it is.
     void GatherSamples(std::span<PCM_SAMPLE> dest)
     {
-        pcmPacketQueueGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+        pcmPacketQueueGatherSamples(Address(), dest.data(), Size(dest) / Channels());
     }
-    /// Adds whole frames to what the span holds.
+    /// Adds whole frames to what the span holds; what is beyond the last of them, or too short for one, stays.
     void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
     {
-        pcmPacketQueueGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+        if (const pbInt frames = Size(dest) / Channels(); frames > 0)
+            pcmPacketQueueGatherSamplesAdd(Address(), dest.data(), frames);
     }
 };
 
@@ -404,16 +409,26 @@ inline std::string FilterTypeToString(PCM_FILTER_TYPE type)
 }
 
 /// The taps of a filter.
-class FilterCoefficients : public Handle<PCM_FILTER_COEFFICIENTS> {
+class FilterCoefficients : public Handle<FilterCoefficients, PCM_FILTER_COEFFICIENTS, pcmFilterCoefficientsRetain,
+                                         pcmFilterCoefficientsRelease> {
 public:
-    PCM_HANDLE(FilterCoefficients, PCM_FILTER_COEFFICIENTS)
+    FilterCoefficients() noexcept = default; ///< an empty handle
     /// A built-in set, as pcmFilterCoefficientsCreate.
-    explicit FilterCoefficients(PCM_FILTER_TYPE type) : FilterCoefficients(pcmFilterCoefficientsCreate(type), 0) {}
+    explicit FilterCoefficients(PCM_FILTER_TYPE type) : Handle(pcmFilterCoefficientsCreate(type)) {}
     /// A copy of the taps.
     explicit FilterCoefficients(std::span<const PCM_SAMPLE> taps)
-        : FilterCoefficients(pcmFilterCoefficientsCreateFromSamplesCopy(taps.data(), static_cast<pbInt>(taps.size())),
-                             0)
+        : Handle(pcmFilterCoefficientsCreateFromSamplesCopy(taps.data(), Size(taps)))
     {
+    }
+    /// A set that takes over a block from pbMemAllocN, as pcmFilterCoefficientsCreateFromSamplesUse.
+    static FilterCoefficients CreateFromSamplesUse(PCM_SAMPLE *taps, pbInt length)
+    {
+        return Adopt(pcmFilterCoefficientsCreateFromSamplesUse(taps, length));
+    }
+    /// A new set with a copy of the taps, as pcmFilterCoefficientsCreateFrom.
+    static FilterCoefficients CreateFrom(const FilterCoefficients &source)
+    {
+        return Adopt(pcmFilterCoefficientsCreateFrom(source.Get()));
     }
 
     pbInt Length() const { return pcmFilterCoefficientsLength(Get()); } ///< the number of taps
@@ -425,14 +440,16 @@ public:
 };
 
 /// A stream through an FIR filter: packets in, the same frames out, filtered.
-class Filter : public Handle<PCM_FILTER> {
+class Filter : public Handle<Filter, PCM_FILTER, pcmFilterRetain, pcmFilterRelease> {
 public:
-    PCM_HANDLE(Filter, PCM_FILTER)
+    Filter() noexcept = default; ///< an empty handle
     /// As pcmFilterCreate.
     Filter(const FilterCoefficients &coefficients, pbInt channels)
-        : Filter(pcmFilterCreate(coefficients.Get(), channels), 0)
+        : Handle(pcmFilterCreate(coefficients.Get(), channels))
     {
     }
+    /// A new filter with the same memory and waiting packets, as pcmFilterCreateFrom.
+    static Filter CreateFrom(const Filter &source) { return Adopt(pcmFilterCreateFrom(source.Get())); }
 
     /** @name As the C operation pcmFilter... of this name (pcm_filter.h) */
     /** @{ */
@@ -448,24 +465,25 @@ public:
     Packet Gather(pbInt frames) { return Packet::Adopt(pcmFilterGather(Address(), frames)); }
     /** @} */
 
-    /// Fills the span with whole frames; what is beyond the last of them stays as it is.
+    /// Fills the span with whole frames; what is beyond the last of them, or too short for one, stays as it is.
     void GatherSamples(std::span<PCM_SAMPLE> dest)
     {
-        pcmFilterGatherSamples(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+        pcmFilterGatherSamples(Address(), dest.data(), Size(dest) / Channels());
     }
-    /// Adds whole frames to what the span holds.
+    /// Adds whole frames to what the span holds; what is beyond the last of them, or too short for one, stays.
     void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
     {
-        pcmFilterGatherSamplesAdd(Address(), dest.data(), static_cast<pbInt>(dest.size()) / Channels());
+        if (const pbInt frames = Size(dest) / Channels(); frames > 0)
+            pcmFilterGatherSamplesAdd(Address(), dest.data(), frames);
     }
 };
 
 /// A sine that goes on where it stopped. Copies of the handle share the one tone.
-class Tone : public Handle<PCM_TONE> {
+class Tone : public Handle<Tone, PCM_TONE, pcmToneRetain, pcmToneRelease> {
 public:
-    PCM_HANDLE(Tone, PCM_TONE)
+    Tone() noexcept = default; ///< an empty handle
     /// As pcmToneCreate.
-    explicit Tone(pbInt period) : Tone(pcmToneCreate(period), 0) {}
+    explicit Tone(pbInt period) : Handle(pcmToneCreate(period)) {}
     /** @name As the C operation pcmTone... of this name (pcm_tone.h) */
     /** @{ */
     /// As the C operation pcmTone... of this name.
@@ -475,75 +493,34 @@ public:
     }
 
     Packet Gather(pbInt samples) { return Packet::Adopt(pcmToneGather(Get(), samples)); }
-    void GatherSamples(std::span<PCM_SAMPLE> dest)
-    {
-        pcmToneGatherSamples(Get(), dest.data(), static_cast<pbInt>(dest.size()));
-    }
-    void GatherSamplesAdd(std::span<PCM_SAMPLE> dest)
-    {
-        pcmToneGatherSamplesAdd(Get(), dest.data(), static_cast<pbInt>(dest.size()));
-    }
+    void GatherSamples(std::span<PCM_SAMPLE> dest) { pcmToneGatherSamples(Get(), dest.data(), Size(dest)); }
+    void GatherSamplesAdd(std::span<PCM_SAMPLE> dest) { pcmToneGatherSamplesAdd(Get(), dest.data(), Size(dest)); }
     /** @} */
 };
 
-/// As pcmDualToneGather.
+/** @name Generators without a handle of their own: as the C operation pcm... of this name */
+/** @{ */
+/// As the C operation pcm... of this name.
+// clang-format off
 inline Packet DualToneGather(Tone &toneA, Tone &toneB, pbInt samples)
-{
-    return Packet::Adopt(pcmDualToneGather(toneA.Get(), toneB.Get(), samples));
-}
-/// As pcmDualToneGatherSamples.
+{ return Packet::Adopt(pcmDualToneGather(toneA.Get(), toneB.Get(), samples)); }
 inline void DualToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
-{
-    pcmDualToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
-}
-/// As pcmDualToneGatherSamplesAdd.
+{ pcmDualToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), Size(dest)); }
 inline void DualToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
-{
-    pcmDualToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
-}
-
-/// As pcmModulatedToneGather.
+{ pcmDualToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), Size(dest)); }
 inline Packet ModulatedToneGather(Tone &toneA, Tone &toneB, pbInt samples)
-{
-    return Packet::Adopt(pcmModulatedToneGather(toneA.Get(), toneB.Get(), samples));
-}
-/// As pcmModulatedToneGatherSamples.
+{ return Packet::Adopt(pcmModulatedToneGather(toneA.Get(), toneB.Get(), samples)); }
 inline void ModulatedToneGatherSamples(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
-{
-    pcmModulatedToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
-}
-/// As pcmModulatedToneGatherSamplesAdd.
+{ pcmModulatedToneGatherSamples(toneA.Get(), toneB.Get(), dest.data(), Size(dest)); }
 inline void ModulatedToneGatherSamplesAdd(Tone &toneA, Tone &toneB, std::span<PCM_SAMPLE> dest)
-{
-    pcmModulatedToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), static_cast<pbInt>(dest.size()));
-}
-
-/// As pcmNoiseGather.
-inline Packet NoiseGather(pbInt samples)
-{
-    return Packet::Adopt(pcmNoiseGather(samples));
-}
-/// As pcmNoiseGatherSamples.
-inline void NoiseGatherSamples(std::span<PCM_SAMPLE> dest)
-{
-    pcmNoiseGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));
-}
-/// As pcmNoiseGatherSamplesAdd.
-inline void NoiseGatherSamplesAdd(std::span<PCM_SAMPLE> dest)
-{
-    pcmNoiseGatherSamplesAdd(dest.data(), static_cast<pbInt>(dest.size()));
-}
-
-/// As pcmSilenceGather.
-inline Packet SilenceGather(pbInt frames)
-{
-    return Packet::Adopt(pcmSilenceGather(frames));
-}
-/// As pcmSilenceGatherSamples.
-inline void SilenceGatherSamples(std::span<PCM_SAMPLE> dest)
-{
-    pcmSilenceGatherSamples(dest.data(), static_cast<pbInt>(dest.size()));
-}
+{ pcmModulatedToneGatherSamplesAdd(toneA.Get(), toneB.Get(), dest.data(), Size(dest)); }
+inline Packet NoiseGather(pbInt samples) { return Packet::Adopt(pcmNoiseGather(samples)); }
+inline void NoiseGatherSamples(std::span<PCM_SAMPLE> dest) { pcmNoiseGatherSamples(dest.data(), Size(dest)); }
+inline void NoiseGatherSamplesAdd(std::span<PCM_SAMPLE> dest) { pcmNoiseGatherSamplesAdd(dest.data(), Size(dest)); }
+inline Packet SilenceGather(pbInt frames) { return Packet::Adopt(pcmSilenceGather(frames)); }
+inline void SilenceGatherSamples(std::span<PCM_SAMPLE> dest) { pcmSilenceGatherSamples(dest.data(), Size(dest)); }
+// clang-format on
+/** @} */
 
 } // namespace pcm
 

@@ -1,14 +1,13 @@
 /**
    @file
-   Channel adjustment: bringing a packet to the channel count of its consumer.
+   Channel adjustment: gives a packet the channel count that its consumer needs, by downmix.
 
-   What is put into channels is the downmix, the plain average of a frame: its n samples added in channel order in
-   single precision, beginning with +0.0, and the sum times 1.0 / n rounded to single precision. Every channel counts
-   the same, and nothing is clamped.
+   The downmix of a frame is the average of its n samples: they are added in channel order in single precision,
+   beginning with +0.0, and the sum is multiplied by 1.0 / n rounded to single precision. Nothing is clamped. Where a
+   sum of channels is wanted instead, there is pcmPacketCreateFromWithChannels.
 
-   Both operations take the packet by its in-out handle and end the process when pkt or *pkt is null, when channels is
-   below 1, or when the size of the new packet does not fit in 64 bits. The packet that was in the handle is not
-   changed, so its other holders see nothing.
+   Both operations take the packet by its in-out handle pkt and end the process when pkt or *pkt is null or channels,
+   the count wanted, is below 1 or out of range. The packet that was in the handle is not changed.
 
    @since 1.0
 */
@@ -21,17 +20,17 @@
 PCM_EXTERN_C_BEGIN
 
 /**
-   Puts a new packet into the handle whose channels are all the downmix.
+   Replaces the packet in the handle by a new one in which every channel is the downmix.
 
-   Always a new packet, also when the channel count stays. One channel becomes copies of itself in which -0.0 is +0.0.
+   The packet is new also when the channel count stays. One channel is copied into all, -0.0 as +0.0.
 */
 PCM_API void pcmChannelsAdjustReplaceWithDownmix(PCM_PACKET **pkt, pbInt channels);
 
 /**
-   Keeps the channels that are there and adds channels that hold the downmix.
+   Replaces the packet in the handle by a new one that keeps its channels and adds channels that hold the downmix.
 
-   With more channels than the packet has, a new packet is put into the handle. With as many, the handle and the packet
-   stay as they are, shared or not. With fewer this is pcmChannelsAdjustReplaceWithDownmix.
+   With the channel count that the packet has, the handle keeps the packet, shared or not. With a smaller one this is
+   pcmChannelsAdjustReplaceWithDownmix.
 */
 PCM_API void pcmChannelsAdjustExpandWithDownmix(PCM_PACKET **pkt, pbInt channels);
 

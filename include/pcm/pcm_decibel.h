@@ -1,6 +1,6 @@
 /**
    @file
-   Decibels: decibel = 20 * log10(gain), held between -200 and +200 dB.
+   Decibels: decibel = 20 * log10(gain), limited to -200 to +200 dB.
 
    Threads: pure functions. They may be called at any time.
 
@@ -14,14 +14,18 @@
 PCM_EXTERN_C_BEGIN
 
 /**
+   Returns the decibels of a gain.
+
    @param gain  a linear amplitude factor: finite, at least 0; otherwise the process ends
-   @return its decibels, from -200.0 (also for a gain of 0) to 200.0
+   @return from -200.0 (also for a gain of 0) to 200.0
 */
 PCM_API pbReal pcmDecibelFromGain(pbReal gain);
 
 /**
+   Returns the gain of decibels.
+
    @param decibel  finite; otherwise the process ends
-   @return the gain, from 1e-10 (at -200 dB and below) to 1e10; exactly 1.0 at 0 dB
+   @return a linear amplitude factor from 1e-10 (at -200 dB and below) to 1e10; exactly 1.0 at 0 dB
 */
 PCM_API pbReal pcmDecibelToGain(pbReal decibel);
 

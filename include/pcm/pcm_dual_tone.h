@@ -1,6 +1,6 @@
 /**
    @file
-   Dual tones: two tones at once, as a telephone's keys and call-progress signals are.
+   Dual tones: the average of two tones, for telephone keys (DTMF) and call-progress signals.
 
    A sample is (A + B) * 0.5 in single precision, A and B being the next samples of the two tones (pcm_tone.h); it stays
    within full scale. Both tones advance by as many samples as are gathered, and a signal of two different tones is the
@@ -17,26 +17,34 @@
 PCM_EXTERN_C_BEGIN
 
 /**
-   Writes the next samples of the dual tone.
+   Writes the next samples of the dual tone into an array.
 
-   @param toneA    advanced by so many samples
-   @param toneB    the same; may be toneA
-   @param dest     room for the samples; may be null with 0 of them
-   @param samples  how many, at least 0
+   @param toneA    the first tone, advanced by the number of samples
+   @param toneB    the second tone, advanced likewise; may be toneA
+   @param dest     room for the samples; may be null with 0 samples
+   @param samples  the number of samples, at least 0
 
-   Ends the process when a tone is null or an argument is missing or out of range.
+   Ends the process when a tone is null, samples is negative, or dest is null with samples above 0.
 */
 PCM_API void pcmDualToneGatherSamples(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMPLE *dest, pbInt samples);
 
 /**
-   As pcmDualToneGatherSamples, adding to what dest holds: in single precision, nothing is clamped. Works in runs of 128
-   samples, which shows when both tones are one: each run then takes its samples of A, then its samples of B.
+   Adds the next samples of the dual tone to an array, in single precision, without clamping.
+
+   Parameters and checks are those of pcmDualToneGatherSamples. Works in runs of 128 samples, which shows when both
+   tones are one: each run then takes its samples of A, then its samples of B.
 */
 PCM_API void pcmDualToneGatherSamplesAdd(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMPLE *dest, pbInt samples);
 
 /**
-   @return a new packet, owned by the caller, of one channel with the next samples of the dual tone, at least 0. Ends
-   the process when a tone is null or samples is negative.
+   Makes a packet of one channel of the next samples of the dual tone.
+
+   @param toneA    the first tone, advanced by the number of samples
+   @param toneB    the second tone, advanced likewise; may be toneA
+   @param samples  the number of samples, at least 0
+   @return a new packet, owned by the caller
+
+   Ends the process when a tone is null or samples is negative.
 */
 PCM_API PCM_PACKET *pcmDualToneGather(PCM_TONE *toneA, PCM_TONE *toneB, pbInt samples);
 

@@ -46,38 +46,64 @@ typedef pbInt PCM_ENCODING;
 #define PCM_ENCODING_PACK_56 ((PCM_ENCODING)0x20000) /**< container of 7 bytes */
 #define PCM_ENCODING_PACK_64 ((PCM_ENCODING)0x40000) /**< container of 8 bytes */
 
-/** The names of the flags, from start-up to shut-down. */
-PCM_API extern PB_FLAGSET *pcm___EncodingFlagset;
-
-/** The module's start-up of the flag names. */
-PCM_API void pcm___EncodingStartup(void);
-
-/** The module's shut-down of the flag names. */
-PCM_API void pcm___EncodingShutdown(void);
-
 /**
-   @return the encoding with at most one flag of each group and no other bits. Fills in no defaults; the result is its
-   own normal form. A pure function, valid at any time.
+   Reduces a flag word to what counts: at most one flag of each group and no other bits.
+
+   @param encoding  any flag word
+   @return the normalised word; no defaults are filled in
+
+   Valid at any time.
 */
 PCM_API PCM_ENCODING pcmEncodingNormalize(PCM_ENCODING encoding);
 
 /**
+   Reads an encoding from the names of its flags.
+
    @param pbs  flag names joined by `|`; blanks around them do not matter, unknown names contribute nothing
-   @return the normalised encoding that they name. Ends the process when pbs is null.
+   @return the normalised encoding
+
+   Ends the process when pbs is null.
 */
 PCM_API PCM_ENCODING pcmEncodingFromString(PB_STRING *pbs);
 
-/** @return a new string with the flag names of the normalised encoding joined by `|`, owned by the caller. */
+/**
+   Writes the names of an encoding's flags.
+
+   @param encoding  any flag word
+   @return a new string with the flag names of the normalised encoding joined by `|`, owned by the caller
+*/
 PCM_API PB_STRING *pcmEncodingToString(PCM_ENCODING encoding);
 
-/** @return the bytes of one sample with its container, 1 to 8. A pure function, valid at any time. */
+/**
+   Returns the size of one sample with its container.
+
+   @param encoding  any flag word
+   @return 1 to 8 bytes
+
+   Valid at any time.
+*/
 PCM_API pbInt pcmEncodingSizeofSample(PCM_ENCODING encoding);
 
 /**
-   @return the bytes of one frame of so many channels. A pure function, valid at any time. Ends the process when
-   channels is below 1 or the size does not fit in 64 bits.
+   Returns the size of one frame.
+
+   @param encoding  any flag word
+   @param channels  samples in a frame, at least 1
+   @return pcmEncodingSizeofSample x channels, in bytes
+
+   Valid at any time. Ends the process when channels is below 1 or the size does not fit in 64 bits.
 */
 PCM_API pbInt pcmEncodingSizeofFrame(PCM_ENCODING encoding, pbInt channels);
+
+/** @name For the product's own modules
+    @{ */
+/** The names of the flags, from start-up to shut-down. */
+PCM_API extern PB_FLAGSET *pcm___EncodingFlagset;
+/** Makes the flag names, at the module's start-up. */
+PCM_API void pcm___EncodingStartup(void);
+/** Gives them up, at the module's shut-down. */
+PCM_API void pcm___EncodingShutdown(void);
+/** @} */
 
 PCM_EXTERN_C_END
 

@@ -32,21 +32,21 @@ typedef pbInt PCM_FILTER_TYPE;
 /** Whether a value is one of the above. */
 #define PCM_FILTER_TYPE_OK(type) ((uint64_t)(type) <= 6)
 
-/** The names of the types, from start-up to shut-down. */
-PCM_API extern PB_ENUM *pcm___FilterTypeEnum;
-
-/** The module's start-up of the names. */
-PCM_API void pcm___FilterTypeStartup(void);
-
-/** The module's shut-down of the names. */
-PCM_API void pcm___FilterTypeShutdown(void);
-
-/** @return the type that pbs names, as pbEnumParse gives it: -1 when it names none. Ends the process when pbs is null.
- */
+/** Returns the type that pbs names exactly, or -1 when it names none. Ends the process when pbs is null. */
 PCM_API PCM_FILTER_TYPE pcmFilterTypeFromString(PB_STRING *pbs);
 
-/** @return a new string with the type's name, owned by the caller. Ends the process when there is no such type. */
+/** Returns a string with the name of type, owned by the caller. Ends the process when there is no such type. */
 PCM_API PB_STRING *pcmFilterTypeToString(PCM_FILTER_TYPE type);
+
+/** @name For the product's own modules
+    @{ */
+/** The names of the types, from start-up to shut-down. */
+PCM_API extern PB_ENUM *pcm___FilterTypeEnum;
+/** Makes the names, at the module's start-up. */
+PCM_API void pcm___FilterTypeStartup(void);
+/** Gives them up, at the module's shut-down. */
+PCM_API void pcm___FilterTypeShutdown(void);
+/** @} */
 
 PCM_EXTERN_C_END
 

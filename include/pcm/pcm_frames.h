@@ -1,8 +1,8 @@
 /**
    @file
-   Frame-rate change by whole factors: stuffing with silence, and picking.
+   Frame-rate change by whole factors: zero-stuffing and decimation.
 
-   Neither operation filters or scales; frames are carried over bit for bit. To change a signal's rate, extend and then
+   Neither operation filters or scales; frames are copied bit for bit. To change a signal's rate, extend and then
    take the images away with a low-pass (pcm_filter.h), or apply the low-pass and then reduce.
 
    Both take the packet by its in-out handle and put a new packet there, also when the old one was not shared or has no
@@ -20,7 +20,7 @@
 PCM_EXTERN_C_BEGIN
 
 /**
-   Raises the frame rate: after each frame come mult - 1 frames of silence (+0.0).
+   Raises the frame rate: puts mult - 1 frames of silence (+0.0) after each frame.
 
    @param pkt   in-out handle
    @param mult  at least 2
@@ -28,7 +28,7 @@ PCM_EXTERN_C_BEGIN
 PCM_API void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult);
 
 /**
-   Lowers the frame rate: of div frames the first is kept.
+   Lowers the frame rate: keeps the first of every div frames.
 
    @param pkt  in-out handle
    @param div  at least 2; the packet's frame count is a multiple of it, otherwise the process ends

@@ -12,22 +12,25 @@
 PCM_EXTERN_C_BEGIN
 
 /**
-   Multiplies samples by the gain of so many decibels, rounded to single precision. At exactly 0 dB nothing is touched
-   and nothing checked.
+   Multiplies samples by a gain given in decibels and rounded to single precision. At exactly 0 dB it touches nothing
+   and checks nothing.
 
-   @param dest     the samples; may be null with 0 of them
-   @param samples  how many, at least 0
+   @param dest     the samples; may be null with 0 samples
+   @param samples  the number of samples, at least 0
    @param decibel  finite (see pcmDecibelToGain)
+
+   Ends the process, except at 0 dB, when decibel is not finite, samples is negative, or dest is null with samples
+   above 0.
 */
 PCM_API void pcmLevelAdjustSamples(PCM_SAMPLE *dest, pbInt samples, pbReal decibel);
 
 /**
-   The same for every sample of a packet.
+   Multiplies every sample of a packet by a gain given in decibels, as pcmLevelAdjustSamples.
 
    @param pkt      in-out handle; a shared packet is first replaced there by a private copy, also at 0 dB
    @param decibel  finite (see pcmDecibelToGain)
 
-   Ends the process when pkt or *pkt is null.
+   Ends the process when pkt or *pkt is null or decibel is not finite.
 */
 PCM_API void pcmLevelAdjust(PCM_PACKET **pkt, pbReal decibel);
 

@@ -14,20 +14,20 @@
 
 PCM_EXTERN_C_BEGIN
 
-/** @return the module descriptor, pcm___module. May be called at any time. */
+/** Returns the module descriptor, pcm___module, which is never retained or released. May be called at any time. */
 PCM_API PB_MODULE *pcmModule(void);
 
+/** @name For the product's own modules
+    @{ */
 /** The module descriptor: static, never retained or released. */
 PCM_API extern PB_MODULE pcm___module;
-
-/** Who the module is: names, version, build time, vendor. */
+/** The module's names, version, build time and vendor. */
 PCM_API extern PB_MODULE_RECORD pcm___module_record;
-
-/** Builds the library's constant objects, in the order in which they need each other. @return 1 */
+/** Makes the library's constant objects, in the order in which they need each other. Returns 1. */
 PCM_API pbBool pcm___ModuleStartup(void);
-
 /** Gives them up in the reverse order; the globals that held an object then hold the all-ones value. */
 PCM_API void pcm___ModuleShutdown(void);
+/** @} */
 
 PCM_EXTERN_C_END
 

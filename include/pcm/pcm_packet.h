@@ -22,56 +22,64 @@ typedef struct PCM_PACKET PCM_PACKET;
 
 /** @name Standard functions of the sort
     @{ */
-/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmPacket, PCM_PACKET)
 /** @} */
 
-/** The sort's free function, for the runtime alone. */
-PCM_API void pcm___PacketFreeFunc(PB_OBJ *obj);
-
-/* Making packets. The caller owns the new packet. */
-
-/** @return a new packet of so many channels (at least 1) without frames. */
+/** @name Making packets
+    The caller owns the new packet.
+    @{ */
+/** Makes a packet without frames, with the number of channels given. Ends the process when channels is below 1. */
 PCM_API PCM_PACKET *pcmPacketCreate(pbInt channels);
 
-/** @return a private copy of the packet with a copy of every sample. Ends the process when source is null. */
+/** Copies the packet source with every sample. Ends the process when source is null. */
 PCM_API PCM_PACKET *pcmPacketCreateFrom(PCM_PACKET *source);
 
 /**
    Makes a packet of a block of samples without copying it.
 
-   @param source    channels x frames samples, interleaved, in a block from pbMemAlloc or its kin, which the packet owns
-                    from now on; with 0 frames null, or a block that is freed at once
+   @param source    channels x frames samples, interleaved, at the beginning of a block from pbMemAlloc or pbMemAllocN,
+                    which the packet owns from now on; with 0 frames null, or a block that is freed at once
    @param channels  at least 1
    @param frames    at least 0
    @return the new packet
 
-   Ends the process when an argument is out of range or source is missing.
+   Ends the process when channels is below 1, frames is negative, or source is null with frames above 0.
 */
 PCM_API PCM_PACKET *pcmPacketCreateFromSamplesUse(PCM_SAMPLE *source, pbInt channels, pbInt frames);
 
-/** As pcmPacketCreateFromSamplesUse with a copy of the samples: the array stays the caller's. */
+/**
+   Makes a packet of a copy of samples.
+
+   @param source    channels x frames samples, interleaved; the array stays the caller's; may be null with 0 frames
+   @param channels  at least 1
+   @param frames    at least 0
+   @return the new packet
+
+   Ends the process when channels is below 1, frames is out of range, or source is null with frames above 0.
+*/
 PCM_API PCM_PACKET *pcmPacketCreateFromSamplesCopy(const PCM_SAMPLE *source, pbInt channels, pbInt frames);
+/** @} */
 
-/* Reading packets. All end the process when pkt is null. */
-
-/** @return the number of channels, at least 1. */
+/** @name Reading packets
+    The packet pkt is only read. All end the process when it is null.
+    @{ */
+/** Returns the number of channels, at least 1. */
 PCM_API pbInt pcmPacketChannels(PCM_PACKET *pkt);
-
-/** @return the number of frames, at least 0. */
+/** Returns the number of frames, at least 0. */
 PCM_API pbInt pcmPacketFrames(PCM_PACKET *pkt);
-
-/** @return the samples, channels x frames, interleaved, to be read only; null when there are no frames. */
+/** Lends the samples, channels x frames, interleaved, to be read only. Returns null when there are no frames. */
 PCM_API const PCM_SAMPLE *pcmPacketBacking(PCM_PACKET *pkt);
+/** @} */
 
-/* Changing packets. All end the process when pkt or *pkt is null. */
-
+/** @name Changing packets
+    Both end the process when pkt or *pkt is null.
+    @{ */
 /**
    Lends the samples for reading and writing.
 
    @param pkt  in-out handle; a shared packet is first replaced there by a private copy, also when it has no frames
    @return the samples of the packet that is now in the handle; null when it has no frames. Valid until the packet is
-   next passed to a changing operation or shown to another holder.
+   next passed to a changing operation or shared with another holder.
 */
 PCM_API PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt);
 
@@ -81,6 +89,7 @@ PCM_API PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt);
    @param pkt  in-out handle; a shared packet with frames is replaced there by a new one of the same channel count
 */
 PCM_API void pcmPacketClear(PCM_PACKET **pkt);
+/** @} */
 
 /**
    @name Write: overwrite frames of a packet; its length and channel count stay
@@ -91,18 +100,21 @@ PCM_API void pcmPacketClear(PCM_PACKET **pkt);
 
    The names say which frames of the source are written, as one run that starts at frame idx of the packet:
 
-   - no word   all of them
-   - Inner     those from offset to offset + frames
+   - no word   all
+   - Inner     the given number of frames from frame offset on
    - Outer     all but those: the ones before offset, followed without a gap by the ones from offset + frames on
-   - Leading   the first ones, so many as frames says
-   - Trailing  the last ones
+   - Leading   the given number of frames at the beginning
+   - Trailing  the given number of frames at the end
    - Zero      no source: silence, +0.0 in every sample
+
+   The parameters of all are pkt, an in-out handle; idx, the first frame to overwrite; source, the packet to take frames
+   from; offset and frames, counted in frames.
 
    A shared packet is first replaced in the handle by a private copy; but a write of 0 frames leaves the handle as it
    is. The source is read only. It may be the packet in the handle, and is then taken as it was before the call.
 
-   All end the process when an argument is missing or negative, the source does not have the frames asked for, the
-   frames from idx on do not all lie within the packet, or the channel counts differ: also where 0 frames are written.
+   All end the process when an argument is null or negative, the source does not have the frames asked for, the frames
+   from idx on do not all lie within the packet, or the channel counts differ: also where 0 frames are written.
 */
 PCM_API void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketWrite(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source);
@@ -117,17 +129,16 @@ PCM_API void pcmPacketWriteZero(PCM_PACKET **pkt, pbInt idx, pbInt frames);
    @{
 */
 /**
-   Puts frames of source between those of the packet in the handle pkt. The frames that the name selects, by the words
-   of Write, go in before frame idx; what was there follows behind them. Prepend inserts before frame 0, Append behind
-   the last frame.
+   Inserts frames of source before frame idx of the packet in the handle pkt. The names say which frames of the source
+   are taken, and the parameters mean the same, as with Write. Prepend inserts before frame 0, Append after the last.
 
-   A packet with one holder grows in place, and appending to it moves no frame. A shared one is replaced in the handle
-   by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is read only. It may be the
-   packet in the handle, and is then taken as it was before the call.
+   A packet with one holder stays the same object; its block is resized, which may move all its frames. A shared one is
+   replaced in the handle by a new, longer packet; but an insert of 0 frames leaves the handle as it is. The source is
+   read only. It may be the packet in the handle, and is then taken as it was before the call.
 
-   All end the process when an argument is missing or negative, idx is greater than the number of frames, the source
-   does not have the frames asked for, or the channel counts differ: also where 0 frames are inserted. So does a length
-   that 64 bits cannot count the bytes of.
+   All end the process when an argument is null or negative, idx is greater than the number of frames, the source does
+   not have the frames asked for, or the channel counts differ: also where 0 frames are inserted; and when the size of
+   the result does not fit in 64 bits.
 */
 PCM_API void pcmPacketInsertInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
 PCM_API void pcmPacketPrependInner(PCM_PACKET **pkt, PCM_PACKET *source, pbInt offset, pbInt frames);
@@ -149,48 +160,45 @@ PCM_API void pcmPacketPrependZero(PCM_PACKET **pkt, pbInt frames);
 PCM_API void pcmPacketAppendZero(PCM_PACKET **pkt, pbInt frames);
 /** @} */
 
-/* Delete: make a packet shorter. A packet with one holder shrinks in place; a shared one is replaced in the handle by a
-   new packet of the frames that remain, unless all of them do.
-
-   All end the process when pkt or *pkt is null, an argument is negative, or the frames named are not all there. */
-
-/** Removes frames idx to idx + frames; those behind them close up. */
+/** @name Delete, SetFrames: make a packet shorter
+    The parameter pkt is an in-out handle; idx is the first of the frames named, and frames their number. A packet with
+    one holder shrinks in place; a shared one is replaced in the handle by a new packet of the frames that remain,
+    unless all of them do. All end the process when pkt or *pkt is null, an argument is negative, or the frames named
+    are not all there.
+    @{ */
+/** Removes frames from frame idx on; those after them follow without a gap. */
 PCM_API void pcmPacketDelInner(PCM_PACKET **pkt, pbInt idx, pbInt frames);
-
-/** Keeps only frames idx to idx + frames. */
+/** Removes all frames but those from frame idx on. */
 PCM_API void pcmPacketDelOuter(PCM_PACKET **pkt, pbInt idx, pbInt frames);
-
-/** Removes the first frames. */
+/** Removes frames at the beginning. */
 PCM_API void pcmPacketDelLeading(PCM_PACKET **pkt, pbInt frames);
-
-/** Removes the last frames. */
+/** Removes frames at the end. */
 PCM_API void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames);
-
-/** Gives the packet exactly so many frames: drops the last ones or appends silence. */
+/** Sets the number of frames: removes the last ones, or appends silence as pcmPacketAppendZero. */
 PCM_API void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames);
+/** @} */
 
-/* Channel layout: the channels of a packet. */
-
+/** @name Channel layout
+    @{ */
 /**
-   Gives the packet so many channels: keeps the first ones, drops those above, fills new ones with silence.
+   Sets the number of channels: keeps the first ones, drops those above, fills new ones with silence.
 
-   @param pkt       in-out handle; a shared packet is replaced there by a new one, unless it has so many channels
-   already
+   @param pkt       in-out handle; a shared packet is replaced there by a new one, unless the number stays
    @param channels  at least 1
 
-   Ends the process when pkt or *pkt is null, channels is out of range, or 64 bits cannot count the bytes of the result.
+   Ends the process when pkt or *pkt is null, channels is below 1, or the size of the result does not fit in 64 bits.
 */
 PCM_API void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels);
 
 /**
-   Makes a packet in every channel of which is the sum of all channels of the source, frame by frame: added to +0.0 in
-   the order of the channels, in single precision, not divided and not clamped.
+   Makes a packet in which every channel is the sum of all channels of the source: of each frame the samples are added
+   to +0.0 in the order of the channels, in single precision. The sum is not divided and not clamped.
 
    @param source    read only
    @param channels  at least 1
-   @return a reference, owned by the caller: to the source itself if it has so many channels, else to a new packet
+   @return a reference, owned by the caller: to the source itself if it has as many channels, else to a new packet
 
-   Ends the process when source is null, channels is out of range, or 64 bits cannot count the bytes of the result.
+   Ends the process when source is null, channels is below 1, or the size of the result does not fit in 64 bits.
 */
 PCM_API PCM_PACKET *pcmPacketCreateFromWithChannels(PCM_PACKET *source, pbInt channels);
 
@@ -213,8 +221,10 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
                                rectangle is empty
    @param destChannelOffset    first channel to overwrite
    @param destFrameOffset      first frame to overwrite
-   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may lie in
-                               the packet: one channel after another is then copied, each from its first frame on.
+   @param source               interleaved samples, sourceChannelCount to a frame; null only for 0 frames. It may be
+                               the packet's own samples. Those of a shared packet are taken as they were before the
+                               call. Those of a private one are read while they change: one channel after another is
+                               copied, each from its first frame on.
    @param sourceChannelOffset  first channel to take
    @param sourceChannelCount   channels of a frame of the array
    @param sourceFrameOffset    first frame to take
@@ -222,8 +232,8 @@ PCM_API PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt
    @param frames               how many frames
 
    Ends the process when pkt, *pkt or, with frames, source is null, a count or offset is negative, the rectangle does
-   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to its
-   end.
+   not lie within the packet or within the array's channels, or 64 bits cannot count the bytes of the array up to the
+   last sample taken.
 */
 PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset,
                                            const PCM_SAMPLE *source, pbInt sourceChannelOffset,
@@ -231,7 +241,7 @@ PCM_API void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOf
                                            pbInt frames);
 
 /**
-   As pcmPacketWriteChannelsSamples from a packet.
+   Overwrites a rectangle of channels x frames with samples of a packet, as pcmPacketWriteChannelsSamples.
 
    @param pkt                  in-out handle
    @param destChannelOffset    first channel to overwrite
@@ -248,8 +258,12 @@ PCM_API void pcmPacketWriteChannels(PCM_PACKET **pkt, pbInt destChannelOffset, p
                                     PCM_PACKET *source, pbInt sourceChannelOffset, pbInt sourceFrameOffset,
                                     pbInt channels, pbInt frames);
 
-/* Bytes in and out. The layout of the bytes is that of the encoding (pcm_encoding.h, pcm_convert.h), frame after frame
-   without headers or gaps. */
+/** @} */
+
+/** @name Bytes in and out
+    The layout of the bytes is that of the encoding (pcm_encoding.h, pcm_convert.h), frame after frame without headers
+   or gaps.
+    @{ */
 
 /**
    Makes a packet of the frames in a byte buffer.
@@ -259,13 +273,13 @@ PCM_API void pcmPacketWriteChannels(PCM_PACKET **pkt, pbInt destChannelOffset, p
    @param channels  samples in each frame, at least 1
    @return a new packet, owned by the caller; null when the bytes are not a whole number of frames
 
-   No bytes are 0 frames, not null. Ends the process when source is null, or channels is below 1 or so many that the
-   size of a frame does not fit in 64 bits.
+   A buffer without bytes gives a packet of 0 frames, not null. Ends the process when source is null, channels is below
+   1 or the size of a frame does not fit in 64 bits.
 */
 PCM_API PCM_PACKET *pcmPacketTryDecode(PB_BUFFER *source, PCM_ENCODING encoding, pbInt channels);
 
 /**
-   Writes a packet's frames as bytes. Integers and G.711 saturate at full scale.
+   Encodes a packet's frames as bytes. Integers and G.711 saturate at full scale.
 
    @param pkt       the packet; only read
    @param encoding  the encoding wanted; any flag word
@@ -274,6 +288,13 @@ PCM_API PCM_PACKET *pcmPacketTryDecode(PB_BUFFER *source, PCM_ENCODING encoding,
    Ends the process when pkt is null or the size does not fit in 64 bits.
 */
 PCM_API PB_BUFFER *pcmPacketEncode(PCM_PACKET *pkt, PCM_ENCODING encoding);
+/** @} */
+
+/** @name For the product's own modules
+    @{ */
+/** Gives up what the object obj owns: the sort's free function, for the runtime alone. */
+PCM_API void pcm___PacketFreeFunc(PB_OBJ *obj);
+/** @} */
 
 PCM_EXTERN_C_END
 

@@ -3,8 +3,8 @@
    Packet queues: first in, first out, written by the packet and read by the packet or by the frame.
 
    All packets of a queue have its channel count. A queue keeps references to the packets it is given and never copies
-   their samples on writing; whoever else holds such a packet may change it through a handle of his own without touching
-   what is queued. A read by the frame may end inside a packet: the queue keeps that packet, which still counts as one,
+   their samples on writing; other holders of a packet may change it through their own handles without effect on what is
+   queued. A read by the frame may end inside a packet: the queue keeps that packet, which still counts as one,
    and the next read goes on in it.
 
    @since 1.0
@@ -22,37 +22,38 @@ typedef struct PCM_PACKET_QUEUE PCM_PACKET_QUEUE;
 
 /** @name Standard functions of the sort
     @{ */
-/** A standard function of the sort; PCM_DECLARE_SORT in pcm_base.h tells what each does. */
 PCM_DECLARE_SORT(pcmPacketQueue, PCM_PACKET_QUEUE)
 /** @} */
 
-/** The sort's free function, for the runtime alone. */
-PCM_API void pcm___PacketQueueFreeFunc(PB_OBJ *obj);
-
-/* Making queues. The caller owns the new queue. */
-
-/** @return a new queue without packets, for packets of so many channels (at least 1). */
+/** @name Making queues
+    The caller owns the new queue.
+    @{ */
+/** Makes a queue without packets, for packets of the number of channels given. Ends the process when channels is
+ * below 1. */
 PCM_API PCM_PACKET_QUEUE *pcmPacketQueueCreate(pbInt channels);
 
 /**
-   @return a queue with the same packets, read as far as the source. No sample is copied, and reading or writing one of
-   the two leaves the other as it is. Ends the process when source is null.
+   Makes a queue that holds the same packets as source, read equally far. No sample is copied, and reading or writing
+   one of the two leaves the other as it is. Ends the process when source is null.
 */
 PCM_API PCM_PACKET_QUEUE *pcmPacketQueueCreateFrom(PCM_PACKET_QUEUE *source);
+/** @} */
 
-/* Asking. All end the process when queue is null. */
-
-/** @return the channel count of every queued packet. */
+/** @name Reading the state of a queue
+    The parameter queue is only read. All end the process when it is null.
+    @{ */
+/** Returns the channel count of every queued packet. */
 PCM_API pbInt pcmPacketQueueChannels(PCM_PACKET_QUEUE *queue);
-
-/** @return the number of queued packets, one that is read in part and packets without frames included. */
+/** Returns the number of queued packets, one that is read in part and packets without frames included. */
 PCM_API pbInt pcmPacketQueuePackets(PCM_PACKET_QUEUE *queue);
-
-/** @return the number of frames that are still to be read. */
+/** Returns the number of frames that are still to be read. */
 PCM_API pbInt pcmPacketQueueFrames(PCM_PACKET_QUEUE *queue);
+/** @} */
 
-/* Writing and reading. queue is an in-out handle: a shared queue is first replaced there by a copy, which shares the
-   packets, also when there is nothing to write or read. All end the process when queue or *queue is null. */
+/** @name Writing and reading
+    The parameter queue is an in-out handle: a shared queue is first replaced there by a copy, which shares the packets,
+    also when there is nothing to write or read. All end the process when queue or *queue is null.
+    @{ */
 
 /** Removes all packets; the channel count stays. */
 PCM_API void pcmPacketQueueClear(PCM_PACKET_QUEUE **queue);
@@ -68,8 +69,9 @@ PCM_API void pcmPacketQueueClear(PCM_PACKET_QUEUE **queue);
 PCM_API void pcmPacketQueueWrite(PCM_PACKET_QUEUE **queue, PCM_PACKET *pkt);
 
 /**
-   Takes the next packet: the very object that was written, or what is left of one that was read in part.
+   Takes the next packet: the same object that was written, or what is left of one that was read in part.
 
+   @param queue  in-out handle
    @return the packet, owned by the caller; it may have no frames
 
    Samples move only where a packet was read in part, and are copied only if somebody else holds that packet too.
@@ -78,38 +80,45 @@ PCM_API void pcmPacketQueueWrite(PCM_PACKET_QUEUE **queue, PCM_PACKET *pkt);
 PCM_API PCM_PACKET *pcmPacketQueueRead(PCM_PACKET_QUEUE **queue);
 
 /**
-   Takes so many frames as one packet.
+   Takes frames as one packet.
 
    @param queue   in-out handle
    @param frames  at least 1, at most pcmPacketQueueFrames
-   @return a packet of exactly so many frames, owned by the caller: when that is all that is left of the next packet,
-   this packet as pcmPacketQueueRead gives it; otherwise a new one, whose samples are copied once
+   @return a packet of these frames, owned by the caller: the next packet itself, as pcmPacketQueueRead returns it, when
+   it has exactly this many left; otherwise a new one, whose samples are copied once
 
    Ends the process when frames is out of range.
 */
 PCM_API PCM_PACKET *pcmPacketQueueGather(PCM_PACKET_QUEUE **queue, pbInt frames);
 
 /**
-   Takes so many frames and copies them into an array.
+   Takes frames and copies them into an array.
 
    @param queue   in-out handle
    @param dest    receives frames x channels samples, interleaved; may be null when frames is 0
    @param frames  at least 0, at most pcmPacketQueueFrames
 
-   Ends the process when dest is missing or frames is out of range.
+   Ends the process when dest is null with frames above 0 or frames is out of range.
 */
 PCM_API void pcmPacketQueueGatherSamples(PCM_PACKET_QUEUE **queue, PCM_SAMPLE *dest, pbInt frames);
 
 /**
-   Takes so many frames and adds them to what an array holds, in single precision and without clamping.
+   Takes frames and adds them to what an array holds, in single precision, without clamping.
 
    @param queue   in-out handle
    @param dest    frames x channels samples, interleaved
    @param frames  at least 1, at most pcmPacketQueueFrames
 
-   Ends the process when dest is missing or frames is out of range.
+   Ends the process when dest is null with frames above 0 or frames is out of range.
 */
 PCM_API void pcmPacketQueueGatherSamplesAdd(PCM_PACKET_QUEUE **queue, PCM_SAMPLE *dest, pbInt frames);
+/** @} */
+
+/** @name For the product's own modules
+    @{ */
+/** Gives up what the object obj owns: the sort's free function, for the runtime alone. */
+PCM_API void pcm___PacketQueueFreeFunc(PB_OBJ *obj);
+/** @} */
 
 PCM_EXTERN_C_END
 

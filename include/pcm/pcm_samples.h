@@ -1,17 +1,17 @@
 /**
    @file
-   Sample kernels: the arithmetic on plain arrays of samples on which everything else rests.
+   Sample kernels: arithmetic on plain arrays of samples, for the product's own modules; others use packets.
 
-   For the modules of the product; other callers are better served by packets. The flat kernels take a count of samples
-   and know nothing of channels. The channel kernels visit one sample of each frame: of an array with `channels`
-   channels, the samples `channel`, `channel + channels`, `channel + 2 * channels` and so on; two arrays may have
-   different channel counts. Elements are visited in ascending order, each loaded, combined and stored before the next
-   is loaded, so dest and source may be one array or overlap. All arithmetic is single precision with one rounding for
-   each operation; nothing is clamped, and NaNs and infinities are what the arithmetic makes them.
+   The flat kernels take a count of samples and know nothing of channels. The channel kernels visit one sample of each
+   frame: of an array with `channels` channels, the samples `channel`, `channel + channels`, `channel + 2 * channels`
+   and so on; two arrays may have different channel counts. Elements are visited in ascending order, each loaded,
+   combined and stored before the next is loaded, so dest and source may be one array or overlap. All arithmetic is
+   single precision with one rounding for each operation, as IEEE 754 has it for NaN and infinities too; nothing is
+   clamped.
 
-   Arrays belong to the caller, who sees to it that every visited element exists. Pointers may be null when the count
-   is 0. A negative count, a null pointer with a positive one, or a channel outside its array's channels ends the
-   process before anything is written, the channel also when there are no frames.
+   The arrays belong to the caller, and every visited element has to exist. Pointers may be null when the count is 0. A
+   negative count, a null pointer with a positive count, or a channel outside its array's channels (also when there are
+   no frames) ends the process before any sample is written.
 
    Threads: pure functions of their arguments. They may be called at any time.
 
@@ -24,40 +24,41 @@
 
 PCM_EXTERN_C_BEGIN
 
-/** dest[i] = source[i]; the ranges do not overlap. The checks are those of pbMemCopyN. */
+/** Copies samples: dest[i] = source[i]; the ranges do not overlap. The checks are those of pbMemCopyN. */
 PCM_API void pcm___SamplesCopy(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples);
 
-/** dest[i] = source[i]; the ranges may overlap, source is taken as it was. The checks are those of pbMemMoveN. */
+/** Moves samples: dest[i] = source[i]; the ranges may overlap, source is taken as it was. The checks are those of
+ * pbMemMoveN. */
 PCM_API void pcm___SamplesMove(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples);
 
-/** dest[i] = +0.0 */
+/** Clears samples: dest[i] = +0.0 */
 PCM_API void pcm___SamplesZero(PCM_SAMPLE *dest, pbInt samples);
 
-/** dest[i] = dest[i] + source[i] */
+/** Adds samples: dest[i] = dest[i] + source[i] */
 PCM_API void pcm___SamplesAdd(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples);
 
-/** dest[i] = dest[i] * source[i] */
+/** Multiplies samples: dest[i] = dest[i] * source[i] */
 PCM_API void pcm___SamplesMul(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples);
 
-/** dest[i] = dest[i] * factor, the factor first rounded to single precision */
+/** Scales samples: dest[i] = dest[i] * factor, the factor first rounded to single precision */
 PCM_API void pcm___SamplesScale(PCM_SAMPLE *dest, pbInt samples, pbReal factor);
 
-/** One channel of dest = one channel of source, over so many frames. */
+/** Copies one channel: destChannel of dest = sourceChannel of source, in each of the frames. */
 PCM_API void pcm___SamplesChannelCopy(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                                       pbInt sourceChannel, pbInt sourceChannels, pbInt frames);
 
-/** One channel of dest = +0.0 */
+/** Clears one channel: destChannel of dest = +0.0 */
 PCM_API void pcm___SamplesChannelZero(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, pbInt frames);
 
-/** One channel of dest += one channel of source */
+/** Adds one channel: destChannel of dest += sourceChannel of source */
 PCM_API void pcm___SamplesChannelAdd(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                                      pbInt sourceChannel, pbInt sourceChannels, pbInt frames);
 
-/** One channel of dest *= one channel of source */
+/** Multiplies one channel: destChannel of dest *= sourceChannel of source */
 PCM_API void pcm___SamplesChannelMul(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                                      pbInt sourceChannel, pbInt sourceChannels, pbInt frames);
 
-/** One channel of dest *= factor, the factor first rounded to single precision */
+/** Scales one channel: destChannel of dest *= factor, the factor first rounded to single precision */
 PCM_API void pcm___SamplesChannelScale(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, pbInt frames,
                                        pbReal factor);
 

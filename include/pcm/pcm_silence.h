@@ -14,18 +14,22 @@
 PCM_EXTERN_C_BEGIN
 
 /**
-   Sets samples to +0.0.
+   Sets the samples of an array to +0.0.
 
-   @param dest     room for the samples; may be null with 0 of them
-   @param samples  how many, at least 0
+   @param dest     room for the samples; may be null with 0 samples
+   @param samples  the number of samples, at least 0
 
-   Ends the process when an argument is missing or out of range.
+   Ends the process when samples is negative or dest is null with samples above 0.
 */
 PCM_API void pcmSilenceGatherSamples(PCM_SAMPLE *dest, pbInt samples);
 
 /**
-   @return a new packet, owned by the caller, of one channel with so many frames of +0.0. Ends the process when frames
-   is negative or the size does not fit in 64 bits.
+   Makes a packet of one channel of silence.
+
+   @param frames  the number of frames, at least 0
+   @return a new packet, owned by the caller
+
+   Ends the process when frames is negative or the size does not fit in 64 bits.
 */
 PCM_API PCM_PACKET *pcmSilenceGather(pbInt frames);
 

@@ -1,4 +1,5 @@
 // Enumerations: exact names, one value each.
+#include "pb_heap.h"
 #include "pb_names.h"
 
 #include <pb/pb_enum.h>
@@ -47,6 +48,8 @@ PB_STRING *pbEnumGenerate(PB_ENUM *enm, pbInt value)
     const pb::Name *known =
         std::find_if(enm->begin(), enm->end(), [&](const pb::Name &item) { return item.value == value; });
     PB_ASSERT(known != enm->end());
+    if (pb::kLiberal)
+        return pbStringCreateFromCstr(pbStringCstr(known->text), pbStringLength(known->text));
     pbObjRetain(pb::AsObj(known->text));
     return known->text;
 }

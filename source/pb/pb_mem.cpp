@@ -1,11 +1,11 @@
 // Memory: the C library's allocator, with the checks and the count of live blocks.
 #include "pb_assert.h"
+#include "pb_heap.h"
 
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -37,11 +37,11 @@ void *pbMemAllocN(pbInt count, pbInt size)
 void *pbMemReallocN(void *block, pbInt count, pbInt size)
 {
     const std::size_t bytes = Bytes(count, size);
-    if (!bytes) {
+    if (!bytes && !pb::kLiberal) {
         pbMemFree(block);
         return nullptr;
     }
-    void *memory = std::realloc(block, bytes);
+    void *memory = pb::HeapResize(block, bytes);
     PB_ASSERT(memory);
     if (!block)
         liveBlocks.fetch_add(1, std::memory_order_relaxed);
@@ -52,7 +52,7 @@ void pbMemFree(void *block)
 {
     if (!block)
         return;
-    std::free(block);
+    pb::HeapFree(block);
     liveBlocks.fetch_sub(1, std::memory_order_relaxed);
 }
 

@@ -1,11 +1,11 @@
 // Objects: creation, destruction, accounts, order and text. The account of live objects is one relaxed counter.
+#include "pb_heap.h"
 #include "pb_object.h"
 
 #include <pb/pb_int.h>
 #include <pb/pb_string.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -18,7 +18,7 @@ PB_OBJ *pb___ObjCreate(pbInt size, const PB_SORT *sort)
     PB_ASSERT(size >= PB_SIZEOF(PB_OBJ));
     PB_ASSERT(sort);
 
-    void *memory = std::malloc(static_cast<std::size_t>(size));
+    void *memory = pb::HeapResize(nullptr, static_cast<std::size_t>(size));
     PB_ASSERT(memory);
     liveObjects.fetch_add(1, std::memory_order_relaxed);
     return new (memory) PB_OBJ{PB_OBJ_KIND_INSTANCE, sort, 0, 1, {}};
@@ -30,7 +30,7 @@ void pb___ObjFree(PB_OBJ *obj)
 
     if (obj->sort->free)
         obj->sort->free(obj);
-    std::free(obj);
+    pb::HeapFree(obj);
     liveObjects.fetch_sub(1, std::memory_order_relaxed);
 }
 

@@ -1,6 +1,7 @@
 // Strings: one block with the bytes and a NUL.
 #include "pb_object.h"
 
+#include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 #include <pb/pb_string.h>
 
@@ -50,6 +51,7 @@ PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length)
 
     if (length < 0)
         length = static_cast<pbInt>(std::strlen(text));
+    PB_ASSERT(PB_INT_ADD_OK( length, 1 ));
     auto *pbs = pb::Create<PB_STRING>(sort);
     pbs->length = length;
     pbs->text = static_cast<char *>(pbMemAlloc(length + 1));

@@ -1,12 +1,9 @@
 // Channel adjustment: one pass over the frames makes the downmix and lays it down beside what is kept.
 #include "pcm_levels.h"
-#include "pcm_object.h"
+#include "pcm_packet_unfilled.h"
 #include "pcm_weave.h"
 
 #include <pcm/pcm_channels.h>
-
-#include <pb/pb_int.h>
-#include <pb/pb_mem.h>
 
 #include <utility>
 
@@ -39,12 +36,11 @@ void Adjust(PCM_PACKET **pkt, pbInt channels, pbInt kept)
     const pbInt frames = pcmPacketFrames(*pkt);
     if (frames == 0)
         return pcm::Replace(pkt, Ref<PCM_PACKET>::Adopt(pcmPacketCreate(channels)));
-    PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
-    PB_ASSERT(PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) ));
 
-    auto *samples = static_cast<PCM_SAMPLE *>(pbMemAllocN(frames, channels * PB_SIZEOF(PCM_SAMPLE)));
-    loops.adjust(samples, channels, pcmPacketBacking(*pkt), pcmPacketChannels(*pkt), kept, frames);
-    pcm::Replace(pkt, Ref<PCM_PACKET>::Adopt(pcmPacketCreateFromSamplesUse(samples, channels, frames)));
+    auto adjusted = pcm::CreateUnfilled(channels, frames);
+    loops.adjust(pcmPacketMutableBacking(adjusted.Handle()), channels, pcmPacketBacking(*pkt), pcmPacketChannels(*pkt),
+                 kept, frames);
+    pcm::Replace(pkt, std::move(adjusted));
 }
 
 } // namespace
@@ -68,7 +64,9 @@ void pcmChannelsAdjustExpandWithDownmix(PCM_PACKET **pkt, pbInt channels)
         return;
     if (channels < old)
         return Adjust(pkt, channels, 0);
-    PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
-
-    Adjust(pkt, channels, old);
+    if (pcmPacketFrames(*pkt))
+        return Adjust(pkt, channels, old);
+    auto wide = Ref<PCM_PACKET>::Share(*pkt);
+    pcmPacketSetChannels(wide.Handle(), channels);
+    pcm::Replace(pkt, std::move(wide));
 }

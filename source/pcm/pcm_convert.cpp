@@ -69,7 +69,7 @@ struct Layout {
     }
 };
 
-// How a sample becomes a 32-bit word, of which the top bytes are kept.
+// How a sample becomes a 32-bit word, of which the top bytes are kept: fewer than four round down.
 
 /// Two's complement: truncated toward zero, saturated at full scale, NaN as 0.
 struct SignedSample {

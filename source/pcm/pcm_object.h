@@ -82,13 +82,14 @@ private:
     T *object_;
 };
 
-/// Points the handle at an object that nobody else holds: its own if private, else what `replace` makes of it.
-template <class T, class Replace> void MakePrivate(T **handle, Replace replace)
+/// Points the handle at an object that nobody else holds: its own if private, else what `replace` makes of it. Returns
+/// the handle's reference to the object that was replaced, if any, for callers that still read there.
+template <class T, class Replace> Ref<T> MakePrivate(T **handle, Replace replace)
 {
-    if (!IsShared(AsObj(*handle)))
-        return;
-    const auto shared = Ref<T>::Adopt(*handle); // the handle's reference, given up on return
-    *handle = replace(shared.get());
+    auto shared = Ref<T>::Adopt(IsShared(AsObj(*handle)) ? *handle : nullptr);
+    if (shared.get())
+        *handle = replace(shared.get());
+    return shared;
 }
 
 /// Puts a new object into the handle and gives up the one that it held.

@@ -1,6 +1,7 @@
 // The packet: frames in one block, edited in place while nobody else looks, else in a copy.
 #include "pcm_interleave.h"
 #include "pcm_object.h"
+#include "pcm_packet_unfilled.h"
 
 #include <pcm/pcm_convert.h>
 #include <pcm/pcm_packet.h>
@@ -52,15 +53,17 @@ Ref<PCM_PACKET> CreateWith(pbInt channels, pbInt frames, PCM_SAMPLE *backing)
     return pkt;
 }
 
-/// Tells the account how much the packet owns now. Without frames the size of a frame, which may not fit, is not asked.
+/// Tells the account how much the packet owns now. The size of a frame that no frame has may not fit: then the largest.
 void Report(PCM_PACKET *pkt)
 {
-    pb___ObjDbgSetAllocationSizeN(AsObj(pkt), pkt->frames, pkt->frames ? pkt->channels * kSample : kSample);
+    pb___ObjDbgSetAllocationSizeN(AsObj(pkt), pkt->frames, pbIntMin(pkt->channels, INT64_MAX / kSample) * kSample);
 }
 
-/// No more samples than 64 bits can count the bytes of.
+/// No more samples than 64 bits can count the bytes of. No frames fit, however wide.
 void CheckSize(pbInt channels, pbInt frames)
 {
+    if (frames == 0)
+        return;
     PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
     PB_ASSERT(PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) ));
 }
@@ -80,6 +83,15 @@ void FillWithCopy(PCM_PACKET *pkt, const PCM_SAMPLE *source)
 }
 
 } // namespace
+
+Ref<PCM_PACKET> pcm::CreateUnfilled(pbInt channels, pbInt frames)
+{
+    CheckSize(channels, frames);
+
+    auto pkt = CreateWith(channels, frames, frames ? AllocFrames(channels, frames) : nullptr);
+    Report(pkt.get());
+    return pkt;
+}
 
 // Making and reading packets.
 
@@ -105,8 +117,6 @@ PCM_PACKET *pcmPacketCreateFromSamplesUse(PCM_SAMPLE *source, pbInt channels, pb
     PB_ASSERT(channels > 0);
     PB_ASSERT(frames >= 0);
     PB_ASSERT(frames == 0 || source);
-    if (frames)
-        CheckSize(channels, frames);
 
     if (frames == 0) {
         pbMemFree(source);
@@ -350,17 +360,15 @@ void CheckFill(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pb
 void OpenGap(PCM_PACKET **pkt, pbInt idx, pbInt gap)
 {
     const pbInt channels = (*pkt)->channels, frames = (*pkt)->frames + gap, behind = (*pkt)->frames - idx;
-    CheckSize(channels, frames);
-
     if (!pcm::IsShared(AsObj(*pkt))) {
+        CheckSize(channels, frames);
         Resize(*pkt, frames);
         MoveFrames(*pkt, idx + gap, idx, behind);
         return;
     }
-    auto longer = CreateWith(channels, frames, AllocFrames(channels, frames));
+    auto longer = pcm::CreateUnfilled(channels, frames);
     CopyFrames(longer.get(), 0, *pkt, 0, idx);
     CopyFrames(longer.get(), idx + gap, *pkt, idx, behind);
-    Report(longer.get());
     pcm::Replace(pkt, std::move(longer));
 }
 
@@ -524,14 +532,6 @@ void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames)
 
 namespace {
 
-/// A new packet to be filled at once.
-Ref<PCM_PACKET> CreateUnfilled(pbInt channels, pbInt frames)
-{
-    auto pkt = CreateWith(channels, frames, AllocFrames(channels, frames));
-    Report(pkt.get());
-    return pkt;
-}
-
 /// The frames with as many channels as there are in dest: the ones that both have, and silence.
 void CopyWithChannels(PCM_SAMPLE *dest, pbInt channels, PCM_PACKET *source)
 {
@@ -607,11 +607,7 @@ PCM_PACKET *pcmPacketCreateFromWithChannels(PCM_PACKET *source, pbInt channels)
 
     if (channels == source->channels)
         return Ref<PCM_PACKET>::Share(source).Detach();
-    PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
-    if (source->frames)
-        PB_ASSERT(PB_INT_MUL_OK( source->frames, channels * PB_SIZEOF( PCM_SAMPLE ) ));
-
-    auto pkt = CreateUnfilled(channels, source->frames);
+    auto pkt = pcm::CreateUnfilled(channels, source->frames);
     if (channels == 1) {
         pcm::SumChannels(pkt->backing, source->backing, source->channels, source->frames);
         return pkt.Detach();
@@ -639,7 +635,7 @@ PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt channel
     for (pbInt c = 0; c <= HighestChannel(channelMask); ++c)
         if (channelMask >> c & 1)
             map.Add(c);
-    auto pkt = CreateUnfilled(channels, source->frames);
+    auto pkt = pcm::CreateUnfilled(channels, source->frames);
     pcm::PickChannels(pkt->backing, map, source->backing, source->channels, source->frames);
     return pkt.Detach();
 }
@@ -669,12 +665,14 @@ void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pb
     PB_ASSERT(channels >= 0);
     PB_ASSERT(frames >= 0);
     const bool empty = channels == 0 || frames == 0;
-    if (!empty) {
-        PB_ASSERT(PB_INT_MUL_OK( sourceChannelCount, PB_SIZEOF( PCM_SAMPLE ) ));
-        PB_ASSERT(PB_INT_MUL_OK( sourceFrameOffset + frames, sourceChannelCount * PB_SIZEOF( PCM_SAMPLE ) ));
+    if (!empty) { // where the rectangle ends in the array
+        const pbInt lastFrame = sourceFrameOffset + frames - 1, end = sourceChannelOffset + channels;
+        PB_ASSERT(PB_INT_MUL_OK( lastFrame, sourceChannelCount ));
+        PB_ASSERT(PB_INT_ADD_OK( lastFrame * sourceChannelCount, end ));
+        PB_ASSERT(PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) ));
     }
 
-    pcm::MakePrivate(pkt, pcmPacketCreateFrom);
+    const auto kept = pcm::MakePrivate(pkt, pcmPacketCreateFrom); // the source may lie in it
     if (empty)
         return;
     const pbInt destChannels = (*pkt)->channels;

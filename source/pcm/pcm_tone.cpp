@@ -35,6 +35,8 @@ void CheckRun(PCM_TONE *tone, const PCM_SAMPLE *dest, pbInt samples)
 
 template <Lay lay> void Walk(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
 {
+    if (samples == 0)
+        return;
     const pbInt period = tone->period;
     const pbReal step = tone->step;
     pbInt i = tone->position;

@@ -1,8 +1,6 @@
 /* Makes 16-bit audio ten times as loud and turns its bytes around. */
 #include <pcm/pcm.h>
 
-#include <pb/pb.h>
-
 #include <string.h>
 
 int main(void)
