@@ -81,7 +81,7 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
                  {"--payload-type", "N", "of L16 at other rates than 44100, 96 to 127; default 96",
                   [&](auto &name, auto &value) { options.payloadType = CountOf(name, value, 96, 127); }},
                  {"--level", "DB[,DB]...",
-                  "raise the level of each party by so many decibels, or lower it: -200 to 200;\n"
+                  "raise the level of each party by so many decibels, or lower it: -200 to 40;\n"
                   "the last also of all that follow",
                   [&](auto &, auto &value) { options.levels = value; }},
                  {"--delay", "MS", "how long packets wait for those that come late: 0 to 200; default 60",
@@ -179,7 +179,7 @@ std::vector<Party> PartiesOf(const Options &options)
     std::vector<Party> parties;
     for (std::size_t i = 0; i < static_cast<std::size_t>(options.parties); ++i) {
         const RtpFormat format = FormatOf(ItemOf(options.encodings, i), options);
-        parties.emplace_back(format, options.delay, NumberOf("--level", ItemOf(options.levels, i), -200.0, 200.0));
+        parties.emplace_back(format, options.delay, NumberOf("--level", ItemOf(options.levels, i), -200.0, 40.0));
         for (const pbInt rate : {parties.front().Format().rate, options.rate ? options.rate : format.rate})
             if (!CanConvert(format.rate, rate))
                 throw Failure("there is no filter between " + std::to_string(format.rate) + " Hz and " +
