@@ -1,6 +1,7 @@
 // The module as its host sees it.
 #include "support.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <dlfcn.h>
@@ -78,6 +79,17 @@ TEST(Module, RecordSaysWhoWeAre)
     char weekday[32];
     std::strftime(weekday, sizeof(weekday), " (%A)", &time);
     EXPECT_STREQ(rest, weekday);
+}
+
+TEST(Module, RunsTheInstructionSetThatTheBuildIsHeldDownTo)
+{
+    const std::string isa = pcm___ModuleIsa(), wanted = std::getenv("PCM_TEST_ISA") ? std::getenv("PCM_TEST_ISA") : isa;
+#ifdef __x86_64__
+    if (wanted == "avx2" && !__builtin_cpu_supports("avx2"))
+        GTEST_SKIP() << "this processor has less";
+#endif
+    EXPECT_EQ(isa, wanted);
+    EXPECT_TRUE(isa == "base" || isa == "neon" || isa == "avx2" || isa == "avx512") << isa;
 }
 
 TEST(Module, StopsAndStartsAgain)

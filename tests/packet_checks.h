@@ -146,7 +146,7 @@ inline pbInt RandomFrames(Random &random)
 
 inline pbInt RandomChannels(Random &random)
 {
-    return random.OneIn(4) ? random.From(1, 70) : random.From(1, 8);
+    return random.OneIn(4) ? random.From(1, 70) : random.From(1, random.OneIn(2) ? 4 : 8);
 }
 
 inline void CheckSetChannels(Random &random)
@@ -212,7 +212,7 @@ inline void CheckSum(Random &random)
 
 inline void CheckRectangle(Random &random)
 {
-    const pbInt channels = RandomChannels(random), frames = random.From(1, 60);
+    const pbInt channels = RandomChannels(random), frames = random.From(1, 120);
     const bool onItself = random.OneIn(2);
     const pbInt sourceChannels = onItself ? channels : RandomChannels(random), sourceFrames = frames;
     const pbInt toChannel = random.From(0, channels), toFrame = random.From(0, frames),

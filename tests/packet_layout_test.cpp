@@ -93,7 +93,7 @@ TEST(PacketLayout, EveryChannelBecomesTheSumOfAllInTheirOrder)
 TEST(PacketLayout, WritesARectangleAlsoOntoItself)
 {
     Random random;
-    for (int round = 0; round < 1000 && !HasFailure(); ++round)
+    for (int round = 0; round < 2000 && !HasFailure(); ++round)
         CheckRectangle(random);
 }
 

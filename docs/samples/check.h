@@ -8,7 +8,7 @@
 #define CHECK(...)                                                                                                     \
     do {                                                                                                               \
         if (!(__VA_ARGS__)) {                                                                                          \
-            fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #__VA_ARGS__);                                  \
+            fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #__VA_ARGS__);                           \
             exit(1);                                                                                                   \
         }                                                                                                              \
     } while (0)

@@ -29,6 +29,14 @@ PCM_API pbBool pcm___ModuleStartup(void);
 PCM_API void pcm___ModuleShutdown(void);
 /** @} */
 
+/**
+   Says which instruction set the loops over samples run on: "base", "neon", "avx2" or "avx512". For reports of speed;
+   all sets give the same bits. May be called at any time.
+
+   @return a constant
+*/
+PCM_API const char *pcm___ModuleIsa(void);
+
 PCM_EXTERN_C_END
 
 #endif

@@ -2,8 +2,7 @@
 // both directions, and joined by the loops.
 #include "../pb/pb_assert.h"
 #include "pcm_encoding_groups.h"
-#include "pcm_g711.h"
-#include "pcm_levels.h"
+#include "pcm_isa.h"
 
 #include <pcm/pcm_convert.h>
 
@@ -12,46 +11,39 @@
 
 #include <array>
 #include <bit>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
-
-#ifdef __x86_64__
-#include <immintrin.h>
-#endif
 
 static_assert(std::endian::native == std::endian::little, "the host's samples are stored least significant byte first");
 
 namespace pcm {
 namespace {
 
-enum class Kind : uint8_t { Signed, Offset, Offset32, Float, Alaw, Mulaw };
+/// The codecs (pcm_convert_loops.h).
+enum Kind : uint8_t { kSigned, kOffset, kOffset32, kFloat, kAlaw, kMulaw, kKinds };
+
+/// A codec's loops by container: 0 is any number of bytes, 1 to 4 so many, kWhole four bytes in the host's order.
+constexpr int kWhole = 5;
 
 /// Where a sample's bytes lie: `bytes` of them from `offset` on in every container of `container` bytes.
 struct Layout {
     Kind kind;
     bool bigEndian;
-    uint8_t bytes, container, offset;
+    uint8_t bytes, container, offset, loop;
 
-    explicit Layout(PCM_ENCODING encoding) ///< normalised
+    explicit constexpr Layout(PCM_ENCODING flags)
     {
-        const PCM_ENCODING type = encoding & kTypes;
-        const bool isUnsigned = encoding & PCM_ENCODING_UNSIGNED;
-        switch (type) {
-        case PCM_ENCODING_G711_ALAW: kind = Kind::Alaw; break;
-        case PCM_ENCODING_G711_MULAW: kind = Kind::Mulaw; break;
-        case PCM_ENCODING_INT_8:
-        case PCM_ENCODING_INT_16:
-        case PCM_ENCODING_INT_24: kind = isUnsigned ? Kind::Offset : Kind::Signed; break;
-        case PCM_ENCODING_INT_32: kind = isUnsigned ? Kind::Offset32 : Kind::Signed; break;
-        default: kind = Kind::Float; break;
-        }
+        constexpr Kind kKindOf[kTypeCount + 1][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},   {kSigned, kOffset},
+                                                     {kSigned, kOffset}, {kSigned, kOffset}, {kSigned, kOffset32},
+                                                     {kFloat, kFloat},   {kFloat, kFloat}};
+        const PCM_ENCODING encoding = Normalize(flags), type = encoding & kTypes;
+        kind = kKindOf[TypeIndex(type)][(encoding & PCM_ENCODING_UNSIGNED) != 0];
         bytes = static_cast<uint8_t>(SampleBytes(type));
         container = static_cast<uint8_t>(ContainerBytes(encoding));
         const bool last = encoding & PCM_ENCODING_PAD_BEFORE ||
                           (encoding & PCM_ENCODING_BIG_ENDIAN && !(encoding & PCM_ENCODING_PAD_AFTER));
         offset = last ? static_cast<uint8_t>(container - bytes) : 0;
         bigEndian = type && encoding & PCM_ENCODING_BIG_ENDIAN; // without a type: the host's layout
+        loop = container > 4 ? 0 : bytes == 4 && !bigEndian ? kWhole : container;
     }
 
     /// A container as a number, least significant byte first, from the word of which the sample is the top bytes.
@@ -69,99 +61,7 @@ struct Layout {
     }
 };
 
-// How a sample becomes a 32-bit word, of which the top bytes are kept: fewer than four round down.
-
-/// Two's complement: truncated toward zero, saturated at full scale, NaN as 0.
-struct SignedSample {
-    static constexpr Kind kKind = Kind::Signed;
-
-    static uint32_t Encode(PCM_SAMPLE sample)
-    {
-        const float v = sample * 0x1p31f;
-        const float inRange = v > -0x1p31f ? v < 0x1p31f ? v : 0x1.fffffep30f : -0x1p31f; // NaN: -2^31
-        const auto n = static_cast<int32_t>(inRange);
-        const uint32_t saturated = v >= 0x1p31f ? 0x7FFFFFFFu : static_cast<uint32_t>(n);
-        return v == v ? saturated : 0;
-    }
-
-    static PCM_SAMPLE Decode(uint32_t word) { return static_cast<float>(static_cast<int32_t>(word)) * 0x1p-31f; }
-};
-
-/// Offset binary of up to three bytes: decoded as two's complement with the sign bit flipped.
-struct OffsetSample {
-    static constexpr Kind kKind = Kind::Offset;
-
-    static uint32_t Encode(PCM_SAMPLE sample)
-    {
-        const float v = std::fma(sample, 0x1p31f, 0x1p31f);
-        const float inRange = v > 0.0f ? v < 0x1p32f ? v : 0x1.fffffep31f : 0.0f; // NaN: 0
-        const auto n = static_cast<uint32_t>(static_cast<int64_t>(inRange));
-        return v >= 0x1p32f ? ~uint32_t{0} : n;
-    }
-
-    static PCM_SAMPLE Decode(uint32_t word) { return SignedSample::Decode(word ^ 0x80000000u); }
-};
-
-/// Offset binary of four bytes: rounded to single precision before the offset is taken away.
-struct Offset32Sample : OffsetSample {
-    static constexpr Kind kKind = Kind::Offset32;
-
-    static PCM_SAMPLE Decode(uint32_t word) { return std::fma(static_cast<float>(word), 0x1p-31f, -1.0f); }
-};
-
-/// IEEE 754 single precision: the bits themselves.
-struct FloatSample {
-    static constexpr Kind kKind = Kind::Float;
-
-    static uint32_t Encode(PCM_SAMPLE sample) { return std::bit_cast<uint32_t>(sample); }
-    static PCM_SAMPLE Decode(uint32_t word) { return std::bit_cast<PCM_SAMPLE>(word); }
-};
-
-/// A place among the signed codes of G.711.
-inline int32_t G711Place(PCM_SAMPLE sample)
-{
-    const float v = sample * 32768.0f;
-    const float inRange = v < 32767.0f ? v > -32768.0f ? v : -32768.0f : 32767.0f; // NaN: see below
-    const auto x = static_cast<int32_t>(v == v ? inRange : 0.0f);
-    return (x >= 0 ? g711::kPositive : 0) + (std::abs(x) >> 3);
-}
-
-// One lookup for each sample, four to a round. Functions of their own, outside the loops of each level: compilers would
-// make them gathers there, which are slower.
-
-template <class Look> inline void ForEach(pbInt samples, Look look)
-{
-    pbInt i = 0;
-    for (; i + 4 <= samples; i += 4) {
-        look(i);
-        look(i + 1);
-        look(i + 2);
-        look(i + 3);
-    }
-    for (; i < samples; ++i)
-        look(i);
-}
-
-[[gnu::noinline]] void LookUpCodes(uint8_t *dest, const int32_t *places, const Layout &layout, pbInt samples)
-{
-    const uint8_t *const codes = (layout.kind == Kind::Alaw ? g711::kAlawCodes : g711::kMulawCodes).data();
-    if (layout.container == 1)
-        ForEach(samples, [=](pbInt i) { dest[i] = codes[places[i]]; });
-    else
-        ForEach(samples, [=](pbInt i) { dest[i * layout.container + layout.offset] = codes[places[i]]; });
-}
-
-[[gnu::noinline]] void DecodeG711(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
-{
-    const uint32_t *const values = (layout.kind == Kind::Alaw ? g711::kAlawSamples : g711::kMulawSamples).data();
-    const auto decode = [=](pbInt i, uint8_t code) { std::memcpy(dest + i, values + code, sizeof(PCM_SAMPLE)); };
-    if (layout.container == 1)
-        ForEach(samples, [=](pbInt i) { decode(i, source[i]); });
-    else
-        ForEach(samples, [=](pbInt i) { decode(i, source[i * layout.container + layout.offset]); });
-}
-
-// Containers in memory.
+// Containers in memory: eight bytes, of which those behind the container are unspecified, or no more than it has.
 
 inline void StoreWhole(uint8_t *dest, uint64_t held)
 {
@@ -177,15 +77,13 @@ inline uint64_t LoadWhole(const uint8_t *source)
 
 inline void StoreBytes(uint8_t *dest, uint64_t held, int bytes)
 {
-    for (int i = 0; i < bytes; ++i)
-        dest[i] = static_cast<uint8_t>(held >> (8 * i));
+    std::memcpy(dest, &held, static_cast<std::size_t>(bytes));
 }
 
 inline uint64_t LoadBytes(const uint8_t *source, int bytes)
 {
     uint64_t held = 0;
-    for (int i = 0; i < bytes; ++i)
-        held |= static_cast<uint64_t>(source[i]) << (8 * i);
+    std::memcpy(&held, source, static_cast<std::size_t>(bytes));
     return held;
 }
 
@@ -246,34 +144,55 @@ constexpr Controls kControls;
     return kControls.spread[layout.container - 1][layout.bytes - 1][layout.offset > 0][layout.bigEndian];
 }
 
-struct Loops {
-    void (*encode)(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples);
-    void (*decode)(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
+struct CodecLoops {
+    void (*encode[kWhole + 1])(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples);
+    void (*decode[kWhole + 1])(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
 };
 
 } // namespace
 } // namespace pcm
 
 #define PCM_LOOPS "pcm_convert_loops.h"
-#include "pcm_each_level.h"
+#include "pcm_each_isa.h"
 
 namespace {
 
-using pcm::Kind;
 using pcm::Layout;
-
-const pcm::Loops loops = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
 
 void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    loops.decode(dest, source, layout, samples);
+    pcm::loops[layout.kind].decode[layout.loop](dest, source, layout, samples);
 }
 
 void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
 {
-    if (layout.kind >= Kind::Alaw && layout.container > layout.bytes)
-        pbMemSetN(dest, 0, samples, layout.container); // the other kinds write their padding themselves
-    loops.encode(dest, source, layout, samples);
+    pcm::loops[layout.kind].encode[layout.loop](dest, source, layout, samples);
+}
+
+/// From one external encoding to another, through a run of samples that stays in the cache.
+[[gnu::noinline]] void ConvertThroughSamples(uint8_t *dest, const Layout &to, const uint8_t *source, const Layout &from,
+                                             pbInt samples)
+{
+    constexpr pbInt kChunk = 256;
+    alignas(64) PCM_SAMPLE chunk[kChunk];
+    for (pbInt done = 0; done < samples; done += kChunk) {
+        const pbInt n = pbIntMin(kChunk, samples - done);
+        pcm___ConvertToSamples(chunk, source + done * from.container, from, n);
+        pcm___ConvertFromSamples(dest + done * to.container, to, chunk, n);
+    }
+}
+
+/// Whether the encoding is the sample itself in memory.
+bool IsSample(PCM_ENCODING encoding)
+{
+    return (encoding & pcm::kFlags) == 0;
+}
+
+/// Of two encodings one is mostly that, and short runs notice what the layout of the other costs.
+Layout LayoutOf(PCM_ENCODING encoding)
+{
+    constexpr Layout kSample(0);
+    return IsSample(encoding) ? kSample : Layout(encoding);
 }
 
 } // namespace
@@ -284,31 +203,23 @@ void pcm___Convert(void *dest, PCM_ENCODING destEncoding, const void *source, PC
     PB_ASSERT(samples >= 0);
     PB_ASSERT(dest || samples == 0);
     PB_ASSERT(source || samples == 0);
-    destEncoding = pcm::Normalize(destEncoding);
-    sourceEncoding = pcm::Normalize(sourceEncoding);
-    const Layout to(destEncoding), from(sourceEncoding);
-    const pbInt destSize = to.container, sourceSize = from.container;
     if (samples == 0)
         return;
+    const Layout to = LayoutOf(destEncoding), from = LayoutOf(sourceEncoding);
+    const pbInt destSize = to.container, sourceSize = from.container;
     PB_ASSERT(PB_INT_MUL_OK( destSize, samples ));
     PB_ASSERT(PB_INT_MUL_OK( sourceSize, samples ));
 
-    if (destEncoding == 0 && sourceEncoding == 0)
-        return pbMemCopyN(dest, source, samples, destSize);
     auto *out = static_cast<uint8_t *>(dest);
     const auto *in = static_cast<const uint8_t *>(source);
-    if (destEncoding == 0)
-        return pcm___ConvertToSamples(static_cast<PCM_SAMPLE *>(dest), in, from, samples);
-    if (sourceEncoding == 0)
-        return pcm___ConvertFromSamples(out, to, static_cast<const PCM_SAMPLE *>(source), samples);
-
-    constexpr pbInt kChunk = 256;
-    alignas(64) PCM_SAMPLE chunk[kChunk];
-    for (pbInt done = 0; done < samples; done += kChunk) {
-        const pbInt n = pbIntMin(kChunk, samples - done);
-        pcm___ConvertToSamples(chunk, in + done * sourceSize, from, n);
-        pcm___ConvertFromSamples(out + done * destSize, to, chunk, n);
-    }
+    if (!IsSample(destEncoding) && !IsSample(sourceEncoding))
+        ConvertThroughSamples(out, to, in, from, samples);
+    else if (!IsSample(sourceEncoding))
+        pcm___ConvertToSamples(static_cast<PCM_SAMPLE *>(dest), in, from, samples);
+    else if (!IsSample(destEncoding))
+        pcm___ConvertFromSamples(out, to, static_cast<const PCM_SAMPLE *>(source), samples);
+    else
+        pbMemCopyN(dest, source, samples, destSize);
 }
 
 PB_BUFFER *pcmTryConvert(PCM_ENCODING destEncoding, PB_BUFFER *source, PCM_ENCODING sourceEncoding)

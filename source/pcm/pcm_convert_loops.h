@@ -1,467 +1,324 @@
-// The conversions' loops, for one level (pcm_each_level.h). A kind says how a sample becomes a 32-bit word, whose N
-// most significant bytes are the code of an N-byte sample; a layout says where those bytes lie. Two forms join them:
-// vectors of samples for containers of up to four bytes where the processor can shuffle bytes, and one sample at a time
-// for everything else.
+// The conversions' loops, for one instruction set (pcm_each_isa.h). A codec says how a sample becomes a 32-bit word, of
+// which the top bytes are the code, and back; it is written for one sample and for a vector of them alike. A layout
+// says where those bytes lie in memory. Two forms of loop join them: vectors for containers of up to four bytes, and
+// one sample at a time for wider ones and for sets without vectors.
 
-/// Encodes one sample at a time into any container. Stores words of eight bytes where the next container, written
-/// after it, takes what is too much; the last container is written exactly.
-template <class Sample>
+// Codecs, in the order of Kind.
+
+/// Two's complement: truncated toward zero to 32 bits, saturated at full scale, NaN as 0.
+struct SignedCodec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples) { return Signed(samples * 0x1p31f); }
+    template <class Codes> PCM_TARGET static auto Decode(Codes codes) { return FromSigned(codes) * 0x1p-31f; }
+};
+
+/// Offset binary of up to three bytes: decoded as two's complement with the sign bit flipped.
+struct OffsetCodec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples)
+    {
+        return UnsignedTop(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+    }
+    template <class Codes> PCM_TARGET static auto Decode(Codes codes)
+    {
+        return SignedCodec::Decode(codes ^ 0x80000000u);
+    }
+};
+
+/// Offset binary of four bytes: rounded to single precision before the offset is taken away.
+struct Offset32Codec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples)
+    {
+        return Unsigned(Fused(samples, All<Samples>(0x1p31f), All<Samples>(0x1p31f)));
+    }
+    template <class Codes> PCM_TARGET static auto Decode(Codes codes)
+    {
+        const auto value = FromUnsigned(codes);
+        return Fused(value, All<decltype(FromUnsigned(codes))>(0x1p-31f), All<decltype(FromUnsigned(codes))>(-1.0f));
+    }
+};
+
+/// IEEE 754 single precision: the bits themselves.
+struct FloatCodec {
+    template <class Samples> PCM_TARGET static auto Encode(Samples samples) { return BitsOf(samples); }
+    template <class Codes> PCM_TARGET static auto Decode(Codes codes) { return FromBits(codes); }
+};
+
+// ITU-T G.711. A single sample is looked up. A vector computes the same: as a float, the biased magnitude has the
+// segment in its exponent and the step in the first four bits of its mantissa.
+
+/// The 16-bit value, truncated toward zero, above 16 bits of which only the sign counts.
+PCM_TARGET inline int32_t LinearOf(float sample)
+{
+    return static_cast<int32_t>(Signed(sample * 0x1p31f));
+}
+
+PCM_TARGET inline uint32_t LookUp(const uint8_t *table, float sample)
+{
+    const int32_t n = LinearOf(sample);
+    const bool negative = n <= -0x10000; // what is less becomes 0
+    const uint32_t magnitude = (n < 0 ? 0u - static_cast<uint32_t>(n) : static_cast<uint32_t>(n)) >> 19;
+    return (table[magnitude] | (negative ? 0u : 0x80u)) << 24;
+}
+
+#ifdef PCM_VECTOR
+
+/// The magnitudes / 8 of 16-bit values, and for positive ones the bit that says so in a code.
+struct Magnitudes {
+    Ints values;
+    Words positive;
+
+    PCM_TARGET explicit Magnitudes(Floats samples)
+    {
+        const Words n = Signed(samples * 0x1p31f), sign = (Words)((Ints)n >> 31);
+        values = (Ints)(((n ^ sign) - sign) >> 19);
+        positive = (Words)((Ints)n > -0x10000) & 0x80u;
+    }
+};
+
+/// Exponent and first four bits of the mantissa, less those of 2^kFrom.
+template <int kFrom> PCM_TARGET inline Ints SegmentAndStep(Ints values)
+{
+    return (Ints)(BitsOf(FromSigned((Words)values)) >> 19) - ((127 + kFrom) << 4);
+}
+
+#endif
+
+struct AlawCodec {
+    PCM_TARGET static uint32_t Encode(float sample) { return LookUp(pcm___EncodeG711AlawTable, sample); }
+    PCM_TARGET static float Decode(uint32_t code) { return pcm___DecodeG711AlawTable[code >> 24] * 0x1p-15f; }
+
+#ifdef PCM_VECTOR
+    PCM_TARGET static Words Encode(Floats samples)
+    {
+        const Magnitudes m(samples);
+        const Ints i = m.values - (m.values >> 12); // 4096 is as 4095
+        const Ints code = i < 32 ? i >> 1 : SegmentAndStep<4>(i);
+        return (((Words)code ^ 0x55) | m.positive) << 24;
+    }
+    PCM_TARGET static Floats Decode(Words codes)
+    {
+        const Words bits = codes ^ 0x55000000, shifted = (bits & 0x7F000000) >> 5;
+        const Words lowest = (Words)(shifted < 1u << 23); // segment 0 is segment 1 less 2^8
+        const Floats value = FromBits(shifted + (lowest & (1u << 23)) + ((119u << 23) + (1u << 18))) -
+                             FromBits(lowest & BitsOf(All<Floats>(0x1p-7f)));
+        return FromBits(BitsOf(value) | (~bits & 0x80000000));
+    }
+#endif
+};
+
+struct MulawCodec {
+    PCM_TARGET static uint32_t Encode(float sample) { return LookUp(pcm___EncodeG711MulawTable, sample); }
+    PCM_TARGET static float Decode(uint32_t code) { return pcm___DecodeG711MulawTable[code >> 24] * 0x1p-15f; }
+
+#ifdef PCM_VECTOR
+    PCM_TARGET static Words Encode(Floats samples)
+    {
+        const Magnitudes m(samples);
+        const Ints biased = 2 * m.values + 33, limited = biased < 8191 ? biased : 8191;
+        return ((Words)(SegmentAndStep<5>(limited) ^ 0x7F) | m.positive) << 24;
+    }
+    PCM_TARGET static Floats Decode(Words codes)
+    {
+        const Words bits = ~codes, shifted = (bits & 0x7F000000) >> 5;
+        const Floats magnitude = FromBits(shifted + ((119u << 23) + (1u << 18))) - 132 * 0x1p-15f;
+        const Floats value = (Ints)bits < 0 ? 0.0f - magnitude : magnitude;
+        return value - FromBits((Words)(shifted >= 1u << 23) & BitsOf(All<Floats>(4 * 0x1p-15f)));
+    }
+#endif
+};
+
+// One sample at a time.
+
+/// Encodes into any container. Stores eight bytes where there are so many: the next containers, written after it, take
+/// what is too much.
+template <class Codec>
 PCM_TARGET void EncodeWords(uint8_t *dest, const PCM_SAMPLE *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape; // a copy, which the bytes written cannot be
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++source, dest += layout.container)
-            StoreWhole(dest, layout.Place(Sample::Encode(*source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++source, dest += layout.container)
+        StoreWhole(dest, layout.Place(Codec::Encode(*source)));
     for (; samples > 0; --samples, ++source, dest += layout.container)
-        StoreBytes(dest, layout.Place(Sample::Encode(*source)), layout.container);
+        StoreBytes(dest, layout.Place(Codec::Encode(*source)), layout.container);
 }
 
 /// The way back.
-template <class Sample>
+template <class Codec>
 PCM_TARGET void DecodeWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &shape, pbInt samples)
 {
     const Layout layout = shape;
-    if (layout.container >= 5) {
-        for (; samples > 1; --samples, ++dest, source += layout.container)
-            *dest = Sample::Decode(layout.Take(LoadWhole(source)));
-    }
+    const pbInt last = 7 / layout.container;
+    for (; samples > last; --samples, ++dest, source += layout.container)
+        *dest = Codec::Decode(layout.Take(LoadWhole(source)));
     for (; samples > 0; --samples, ++dest, source += layout.container)
-        *dest = Sample::Decode(layout.Take(LoadBytes(source, layout.container)));
+        *dest = Codec::Decode(layout.Take(LoadBytes(source, layout.container)));
 }
 
-/// The places in the table for as many samples as a vector loop likes, then a lookup for each.
-PCM_TARGET void EncodeG711(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
+#ifdef PCM_VECTOR
+
+/// Which lanes lie together in memory: kContainer words of each 16 bytes. Gathered moves them to the front, Scattered
+/// back from there.
+template <int kContainer, int... kAt> PCM_TARGET inline Words Gathered(Words words, Numbers<kAt...>)
 {
-    constexpr pbInt kRun = 256;
-    alignas(64) int32_t places[kRun];
-    for (pbInt done = 0; done < samples; done += kRun) {
-        const pbInt run = samples - done < kRun ? samples - done : kRun;
-        for (pbInt i = 0; i < run; ++i)
-            places[i] = G711Place(source[done + i]);
-        LookUpCodes(dest + done * layout.container, places, layout, run);
-    }
-}
-
-#if PCM_LEVEL == 0
-
-/// Samples that fill their containers: loops of fixed sizes, which the compiler can make vectors of.
-template <class Sample, int kBytes, bool kBigEndian>
-PCM_TARGET void EncodeTight(uint8_t *dest, const PCM_SAMPLE *source, pbInt samples)
-{
-    for (pbInt i = 0; i < samples; ++i)
-        StoreCode<kBytes, kBigEndian>(dest + i * kBytes, Sample::Encode(source[i]));
-}
-
-template <class Sample, int kBytes, bool kBigEndian>
-PCM_TARGET void DecodeTight(PCM_SAMPLE *dest, const uint8_t *source, pbInt samples)
-{
-    for (pbInt i = 0; i < samples; ++i)
-        dest[i] = Sample::Decode(LoadCode<kBytes, kBigEndian>(source + i * kBytes));
-}
-
-template <class Sample>
-PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
-{
-    if (layout.container != layout.bytes)
-        return EncodeWords<Sample>(dest, source, layout, samples);
-    switch (layout.bytes * 2 + layout.bigEndian) {
-    case 2:
-    case 3: return EncodeTight<Sample, 1, false>(dest, source, samples);
-    case 4: return EncodeTight<Sample, 2, false>(dest, source, samples);
-    case 5: return EncodeTight<Sample, 2, true>(dest, source, samples);
-    case 6: return EncodeTight<Sample, 3, false>(dest, source, samples);
-    case 7: return EncodeTight<Sample, 3, true>(dest, source, samples);
-    case 8: return EncodeTight<Sample, 4, false>(dest, source, samples);
-    default: return EncodeTight<Sample, 4, true>(dest, source, samples);
-    }
-}
-
-template <class Sample>
-PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
-{
-    if (layout.container != layout.bytes)
-        return DecodeWords<Sample>(dest, source, layout, samples);
-    switch (layout.bytes * 2 + layout.bigEndian) {
-    case 2:
-    case 3: return DecodeTight<Sample, 1, false>(dest, source, samples);
-    case 4: return DecodeTight<Sample, 2, false>(dest, source, samples);
-    case 5: return DecodeTight<Sample, 2, true>(dest, source, samples);
-    case 6: return DecodeTight<Sample, 3, false>(dest, source, samples);
-    case 7: return DecodeTight<Sample, 3, true>(dest, source, samples);
-    case 8: return DecodeTight<Sample, 4, false>(dest, source, samples);
-    default: return DecodeTight<Sample, 4, true>(dest, source, samples);
-    }
-}
-
-#else
-
-#if PCM_LEVEL == 2
-
-using Floats = __m512;
-using Words = __m512i;
-constexpr pbInt kWide = 16; // samples in a vector
-
-PCM_TARGET inline Words EncodeSigned(Floats samples)
-{
-    const Floats v = _mm512_mul_ps(samples, _mm512_set1_ps(0x1p31f));
-    const Words n = _mm512_maskz_cvttps_epi32(_mm512_cmp_ps_mask(v, v, _CMP_ORD_Q), v); // below: 0x80000000
-    const __mmask16 above = _mm512_cmp_ps_mask(v, _mm512_set1_ps(0x1p31f), _CMP_GE_OQ);
-    return _mm512_mask_mov_epi32(n, above, _mm512_set1_epi32(INT32_MAX));
-}
-
-PCM_TARGET inline Words EncodeOffset(Floats samples)
-{
-    const Floats v = _mm512_fmadd_ps(samples, _mm512_set1_ps(0x1p31f), _mm512_set1_ps(0x1p31f));
-    return _mm512_cvttps_epu32(_mm512_max_ps(v, _mm512_setzero_ps())); // NaN: the second; above: all ones
-}
-
-PCM_TARGET inline Words BitsOf(Floats samples)
-{
-    return _mm512_castps_si512(samples);
-}
-PCM_TARGET inline Floats FromBits(Words words)
-{
-    return _mm512_castsi512_ps(words);
-}
-
-PCM_TARGET inline Floats DecodeSigned(Words words)
-{
-    return _mm512_mul_ps(_mm512_cvtepi32_ps(words), _mm512_set1_ps(0x1p-31f));
-}
-
-PCM_TARGET inline Words FlipSign(Words words)
-{
-    return _mm512_xor_si512(words, _mm512_set1_epi32(INT32_MIN));
-}
-
-PCM_TARGET inline Floats DecodeOffset32(Words words)
-{
-    return _mm512_fmadd_ps(_mm512_cvtepu32_ps(words), _mm512_set1_ps(0x1p-31f), _mm512_set1_ps(-1.0f));
-}
-
-PCM_TARGET inline Floats LoadSamples(const PCM_SAMPLE *source)
-{
-    return _mm512_loadu_ps(source);
-}
-PCM_TARGET inline void StoreSamples(PCM_SAMPLE *dest, Floats samples)
-{
-    _mm512_storeu_ps(dest, samples);
-}
-
-PCM_TARGET inline Words LoadControl(const uint8_t *lane)
-{
-    return _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i *>(lane)));
-}
-
-PCM_TARGET inline Words Shuffle(Words words, Words control)
-{
-    return _mm512_shuffle_epi8(words, control);
-}
-
-/// Moves the kContainer dwords at the bottom of each lane together.
-template <int kContainer> PCM_TARGET inline Words Gather(Words words)
-{
-    if constexpr (kContainer == 1)
-        return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0), words);
-    if constexpr (kContainer == 2)
-        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 0, 0, 0, 0), words);
-    if constexpr (kContainer == 3)
-        return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0), words);
-    return words;
-}
-
-template <int kContainer> PCM_TARGET inline Words Scatter(Words words)
-{
-    if constexpr (kContainer == 1)
-        return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0), words);
-    if constexpr (kContainer == 2)
-        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 0, 2, 0, 3, 0), words);
-    if constexpr (kContainer == 3)
-        return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0), words);
-    return words;
-}
-
-template <int kContainer> PCM_TARGET inline Words LoadRun(const uint8_t *source)
-{
-    const auto *at = reinterpret_cast<const __m256i *>(source);
-    if constexpr (kContainer == 1)
-        return _mm512_castsi128_si512(_mm_loadu_si128(reinterpret_cast<const __m128i *>(source)));
-    if constexpr (kContainer == 2)
-        return _mm512_castsi256_si512(_mm256_loadu_si256(at));
-    if constexpr (kContainer == 3)
-        return _mm512_maskz_loadu_epi32(0x0FFF, source);
-    return _mm512_loadu_si512(source);
-}
-
-template <int kContainer> PCM_TARGET inline void StoreRun(uint8_t *dest, Words words)
-{
-    auto *const at = reinterpret_cast<__m256i *>(dest);
-    if constexpr (kContainer == 1)
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dest), _mm512_castsi512_si128(words));
-    if constexpr (kContainer == 2)
-        _mm256_storeu_si256(at, _mm512_castsi512_si256(words));
-    if constexpr (kContainer == 3) {
-        _mm256_storeu_si256(at, _mm512_castsi512_si256(words));
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dest + 32), _mm512_extracti32x4_epi32(words, 2));
-    }
-    if constexpr (kContainer == 4)
-        _mm512_storeu_si512(dest, words);
-}
-
-#else
-
-using Floats = __m256;
-using Words = __m256i;
-constexpr pbInt kWide = 8; // samples in a vector
-
-PCM_TARGET inline Words BitsOf(Floats samples)
-{
-    return _mm256_castps_si256(samples);
-}
-PCM_TARGET inline Floats FromBits(Words words)
-{
-    return _mm256_castsi256_ps(words);
-}
-
-PCM_TARGET inline Words EncodeSigned(Floats samples)
-{
-    const Floats full = _mm256_set1_ps(0x1p31f), v = _mm256_mul_ps(samples, full);
-    const Words n = _mm256_cvttps_epi32(v); // out of range, NaN: 0x80000000
-    const Words above = BitsOf(_mm256_cmp_ps(v, full, _CMP_GE_OQ));
-    return _mm256_and_si256(_mm256_xor_si256(n, above), BitsOf(_mm256_cmp_ps(v, v, _CMP_ORD_Q)));
-}
-
-PCM_TARGET inline Words EncodeOffset(Floats samples)
-{
-    const Floats half = _mm256_set1_ps(0x1p31f);
-    const Floats v = _mm256_max_ps(_mm256_fmadd_ps(samples, half, half), _mm256_setzero_ps()); // NaN: the second
-    const Floats upper = _mm256_cmp_ps(v, half, _CMP_GE_OQ);
-    const Words n = _mm256_cvttps_epi32(_mm256_sub_ps(v, _mm256_and_ps(upper, half))); // the upper half's are exact
-    const Words code = _mm256_xor_si256(n, _mm256_slli_epi32(BitsOf(upper), 31));
-    return _mm256_or_si256(code, BitsOf(_mm256_cmp_ps(v, _mm256_set1_ps(0x1p32f), _CMP_GE_OQ)));
-}
-
-PCM_TARGET inline Floats DecodeSigned(Words words)
-{
-    return _mm256_mul_ps(_mm256_cvtepi32_ps(words), _mm256_set1_ps(0x1p-31f));
-}
-
-PCM_TARGET inline Words FlipSign(Words words)
-{
-    return _mm256_xor_si256(words, _mm256_set1_epi32(INT32_MIN));
-}
-
-/// The word becomes a float through its halves, of which the sum is rounded once.
-PCM_TARGET inline Floats DecodeOffset32(Words words)
-{
-    const Floats high = _mm256_cvtepi32_ps(_mm256_srli_epi32(words, 16));
-    const Floats low = _mm256_cvtepi32_ps(_mm256_and_si256(words, _mm256_set1_epi32(0xFFFF)));
-    const Floats value = _mm256_fmadd_ps(high, _mm256_set1_ps(0x1p16f), low);
-    return _mm256_fmadd_ps(value, _mm256_set1_ps(0x1p-31f), _mm256_set1_ps(-1.0f));
-}
-
-PCM_TARGET inline Floats LoadSamples(const PCM_SAMPLE *source)
-{
-    return _mm256_loadu_ps(source);
-}
-PCM_TARGET inline void StoreSamples(PCM_SAMPLE *dest, Floats samples)
-{
-    _mm256_storeu_ps(dest, samples);
-}
-
-PCM_TARGET inline Words LoadControl(const uint8_t *lane)
-{
-    return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(lane)));
-}
-
-PCM_TARGET inline Words Shuffle(Words words, Words control)
-{
-    return _mm256_shuffle_epi8(words, control);
-}
-
-/// Moves the kContainer dwords at the bottom of each lane together.
-template <int kContainer> PCM_TARGET inline Words Gather(Words words)
-{
-    if constexpr (kContainer == 1)
-        return _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 4, 0, 0, 0, 0, 0, 0));
-    if constexpr (kContainer == 2)
-        return _mm256_permute4x64_epi64(words, 0x08);
-    if constexpr (kContainer == 3)
-        return _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 0));
-    return words;
-}
-
-template <int kContainer> PCM_TARGET inline Words Scatter(Words words)
-{
-    if constexpr (kContainer == 1)
-        return _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 0, 0, 0, 1, 0, 0, 0));
-    if constexpr (kContainer == 2)
-        return _mm256_permute4x64_epi64(words, 0x10);
-    if constexpr (kContainer == 3)
-        return _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 0, 3, 4, 5, 0));
-    return words;
-}
-
-template <int kContainer> PCM_TARGET inline Words LoadRun(const uint8_t *source)
-{
-    const auto *at = reinterpret_cast<const __m128i *>(source);
-    if constexpr (kContainer == 1)
-        return _mm256_castsi128_si256(_mm_loadl_epi64(at));
-    if constexpr (kContainer == 2)
-        return _mm256_castsi128_si256(_mm_loadu_si128(at));
-    if constexpr (kContainer == 3) {
-        const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(source + 16));
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(at)), last, 1);
-    }
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
-}
-
-template <int kContainer> PCM_TARGET inline void StoreRun(uint8_t *dest, Words words)
-{
-    auto *const at = reinterpret_cast<__m128i *>(dest);
-    if constexpr (kContainer == 1)
-        _mm_storel_epi64(at, _mm256_castsi256_si128(words));
-    if constexpr (kContainer == 2)
-        _mm_storeu_si128(at, _mm256_castsi256_si128(words));
-    if constexpr (kContainer == 3) {
-        _mm_storeu_si128(at, _mm256_castsi256_si128(words));
-        _mm_storel_epi64(reinterpret_cast<__m128i *>(dest + 16), _mm256_extracti128_si256(words, 1));
-    }
-    if constexpr (kContainer == 4)
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dest), words);
-}
-
-#endif
-
-template <class Sample> PCM_TARGET inline Words Quantise(Floats samples)
-{
-    if constexpr (Sample::kKind == pcm::Kind::Signed)
-        return EncodeSigned(samples);
-    else if constexpr (Sample::kKind == pcm::Kind::Float)
-        return BitsOf(samples);
+    if constexpr (kLanes == 4)
+        return words; // the front is all there is
     else
-        return EncodeOffset(samples);
+        return __builtin_shufflevector(words, words, (kAt / kContainer * 4 + kAt % kContainer) % kLanes...);
 }
-
-template <class Sample> PCM_TARGET inline Floats Value(Words words)
+template <int kContainer, int... kAt> PCM_TARGET inline Words Scattered(Words words, Numbers<kAt...>)
 {
-    if constexpr (Sample::kKind == pcm::Kind::Signed)
-        return DecodeSigned(words);
-    else if constexpr (Sample::kKind == pcm::Kind::Offset)
-        return DecodeSigned(FlipSign(words));
-    else if constexpr (Sample::kKind == pcm::Kind::Offset32)
-        return DecodeOffset32(words);
+    if constexpr (kLanes == 4)
+        return words;
     else
-        return FromBits(words);
+        return __builtin_shufflevector(words, words, (kAt / 4 * kContainer + (kAt % 4) % kContainer)...);
 }
 
-template <class Sample, int kContainer>
+template <class Codec, int kContainer>
 PCM_TARGET inline void EncodeVector(uint8_t *dest, const PCM_SAMPLE *source, Words control)
 {
-    StoreRun<kContainer>(dest, Gather<kContainer>(Shuffle(Quantise<Sample>(LoadSamples(source)), control)));
+    const Words codes = Codec::Encode(Load<Floats>(source));
+    if constexpr (kContainer == kWhole)
+        Store(dest, codes);
+    else if constexpr (kContainer == 4)
+        Store(dest, Shuffled(codes, control));
+    else
+        StorePart<kContainer>(dest, Gathered<kContainer>(Shuffled(codes, control), Count<kLanes>()));
 }
 
-template <class Sample, int kContainer>
+template <class Codec, int kContainer>
 PCM_TARGET inline void DecodeVector(PCM_SAMPLE *dest, const uint8_t *source, Words control)
 {
-    StoreSamples(dest, Value<Sample>(Shuffle(Scatter<kContainer>(LoadRun<kContainer>(source)), control)));
+    Words codes;
+    if constexpr (kContainer == kWhole)
+        codes = Load<Words>(source);
+    else if constexpr (kContainer == 4)
+        codes = Shuffled(Load<Words>(source), control);
+    else
+        codes = Shuffled(Scattered<kContainer>(LoadPart<kContainer>(source), Count<kLanes>()), control);
+    Store(dest, Codec::Decode(codes));
+}
+
+/// Samples that one turn of a loop converts: several vectors where they are short, or counting would cost as much.
+constexpr int kTurn = PCM_VECTOR == 16 ? 4 * kLanes : kLanes;
+constexpr Count<kTurn / kLanes> kWholeTurn;
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void EncodeTurn(uint8_t *dest, const PCM_SAMPLE *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (EncodeVector<Codec, kContainer>(dest + kAt * kLanes * kBytes, source + kAt * kLanes, control), ...);
+}
+
+template <class Codec, int kContainer, int... kAt>
+PCM_TARGET inline void DecodeTurn(PCM_SAMPLE *dest, const uint8_t *source, Words control, Numbers<kAt...>)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    (DecodeVector<Codec, kContainer>(dest + kAt * kLanes, source + kAt * kLanes * kBytes, control), ...);
 }
 
 /// How many samples of four bytes lie before the first that begins a vector, so that loads or stores from there on
-/// cross no line of the cache. Any answer is right.
+/// cross no line of the cache. Any answer gives the same result.
 PCM_TARGET inline pbInt SamplesBeforeVector(const void *samples)
 {
-    return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kWide);
+    return static_cast<pbInt>(-reinterpret_cast<uintptr_t>(samples) / sizeof(PCM_SAMPLE) % kLanes);
 }
 
-/// Vectors of samples. The first and the last overlap their neighbours; a run too short for one goes through a local
-/// array.
-template <class Sample, int kContainer>
-PCM_TARGET void EncodeVectors(uint8_t *dest, const PCM_SAMPLE *source, const uint8_t *lane, pbInt samples)
+/// A run too short for a turn goes through a local array.
+template <class Codec, int kContainer, pbInt kBytes>
+[[gnu::noinline]] PCM_TARGET void EncodeShort(uint8_t *dest, const PCM_SAMPLE *source, Words control, pbInt samples)
 {
-    const Words control = LoadControl(lane);
-    if (samples < kWide) {
-        PCM_SAMPLE in[kWide] = {};
-        uint8_t out[kWide * kContainer];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        EncodeVector<Sample, kContainer>(out, in, control);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kContainer));
-        return;
-    }
-    EncodeVector<Sample, kContainer>(dest, source, control);
-    const void *const wide = kContainer == 4 ? static_cast<const void *>(dest) : source;
-    for (pbInt i = SamplesBeforeVector(wide); i < samples - kWide; i += kWide)
-        EncodeVector<Sample, kContainer>(dest + i * kContainer, source + i, control);
-    EncodeVector<Sample, kContainer>(dest + (samples - kWide) * kContainer, source + (samples - kWide), control);
+    PCM_SAMPLE in[kTurn] = {};
+    uint8_t out[kTurn * kBytes];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
+    EncodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples * kBytes));
 }
 
-template <class Sample, int kContainer>
-PCM_TARGET void DecodeVectors(PCM_SAMPLE *dest, const uint8_t *source, const uint8_t *lane, pbInt samples)
+template <class Codec, int kContainer, pbInt kBytes>
+[[gnu::noinline]] PCM_TARGET void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, Words control, pbInt samples)
 {
-    const Words control = LoadControl(lane);
-    if (samples < kWide) {
-        uint8_t in[kWide * kContainer] = {};
-        PCM_SAMPLE out[kWide];
-        __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kContainer));
-        DecodeVector<Sample, kContainer>(out, in, control);
-        __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
-        return;
-    }
-    DecodeVector<Sample, kContainer>(dest, source, control);
-    for (pbInt i = SamplesBeforeVector(dest); i < samples - kWide; i += kWide)
-        DecodeVector<Sample, kContainer>(dest + i, source + i * kContainer, control);
-    DecodeVector<Sample, kContainer>(dest + (samples - kWide), source + (samples - kWide) * kContainer, control);
+    uint8_t in[kTurn * kBytes] = {};
+    PCM_SAMPLE out[kTurn];
+    __builtin_memcpy(in, source, static_cast<std::size_t>(samples * kBytes));
+    DecodeTurn<Codec, kContainer>(out, in, control, kWholeTurn);
+    __builtin_memcpy(dest, out, static_cast<std::size_t>(samples) * sizeof(PCM_SAMPLE));
 }
 
-template <class Sample>
-PCM_TARGET void EncodeContainers(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
+/// The first and the last turn overlap their neighbours.
+template <class Codec, int kContainer>
+PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
 {
-    switch (layout.container) {
-    case 1: return EncodeVectors<Sample, 1>(dest, source, PackControl(layout), samples);
-    case 2: return EncodeVectors<Sample, 2>(dest, source, PackControl(layout), samples);
-    case 3: return EncodeVectors<Sample, 3>(dest, source, PackControl(layout), samples);
-    case 4: return EncodeVectors<Sample, 4>(dest, source, PackControl(layout), samples);
-    default: return EncodeWords<Sample>(dest, source, layout, samples);
-    }
+    constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
+    const Words control = Control(PackControl(layout));
+    if (samples < kTurn)
+        return EncodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
+    EncodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
+    const void *const wide = kBytes == 4 ? static_cast<const void *>(dest) : source;
+    for (pbInt i = SamplesBeforeVector(wide); i < samples - kTurn; i += kTurn)
+        EncodeTurn<Codec, kContainer>(dest + i * kBytes, source + i, control, kWholeTurn);
+    EncodeTurn<Codec, kContainer>(dest + (samples - kTurn) * kBytes, source + (samples - kTurn), control, kWholeTurn);
 }
 
-template <class Sample>
-PCM_TARGET void DecodeContainers(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+template <class Codec, int kContainer>
+PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    switch (layout.container) {
-    case 1: return DecodeVectors<Sample, 1>(dest, source, SpreadControl(layout), samples);
-    case 2: return DecodeVectors<Sample, 2>(dest, source, SpreadControl(layout), samples);
-    case 3: return DecodeVectors<Sample, 3>(dest, source, SpreadControl(layout), samples);
-    case 4: return DecodeVectors<Sample, 4>(dest, source, SpreadControl(layout), samples);
-    default: return DecodeWords<Sample>(dest, source, layout, samples);
-    }
+    constexpr pbInt kBytes = kContainer == kWhole ? 4 : kContainer;
+    const Words control = Control(SpreadControl(layout));
+    if (samples < kTurn)
+        return DecodeShort<Codec, kContainer, kBytes>(dest, source, control, samples);
+    DecodeTurn<Codec, kContainer>(dest, source, control, kWholeTurn);
+    for (pbInt i = SamplesBeforeVector(dest); i < samples - kTurn; i += kTurn)
+        DecodeTurn<Codec, kContainer>(dest + i, source + i * kBytes, control, kWholeTurn);
+    DecodeTurn<Codec, kContainer>(dest + (samples - kTurn), source + (samples - kTurn) * kBytes, control, kWholeTurn);
+}
+
+#else
+
+/// Loops of fixed sizes, which the compiler can make vectors of.
+template <class Codec, int kBytes, bool kBigEndian>
+PCM_TARGET void EncodeTight(uint8_t *dest, const PCM_SAMPLE *source, pbInt samples)
+{
+    for (pbInt i = 0; i < samples; ++i)
+        StoreCode<kBytes, kBigEndian>(dest + i * kBytes, Codec::Encode(source[i]));
+}
+
+template <class Codec, int kBytes, bool kBigEndian>
+PCM_TARGET void DecodeTight(PCM_SAMPLE *dest, const uint8_t *source, pbInt samples)
+{
+    for (pbInt i = 0; i < samples; ++i)
+        dest[i] = Codec::Decode(LoadCode<kBytes, kBigEndian>(source + i * kBytes));
+}
+
+template <class Codec, int kContainer>
+PCM_TARGET void EncodeRun(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    if (layout.container != layout.bytes)
+        EncodeWords<Codec>(dest, source, layout, samples);
+    else if (layout.bigEndian)
+        EncodeTight<Codec, kBytes, true>(dest, source, samples);
+    else
+        EncodeTight<Codec, kBytes, false>(dest, source, samples);
+}
+
+template <class Codec, int kContainer>
+PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+{
+    constexpr int kBytes = kContainer == kWhole ? 4 : kContainer;
+    if (layout.container != layout.bytes)
+        DecodeWords<Codec>(dest, source, layout, samples);
+    else if (layout.bigEndian)
+        DecodeTight<Codec, kBytes, true>(dest, source, samples);
+    else
+        DecodeTight<Codec, kBytes, false>(dest, source, samples);
 }
 
 #endif
 
-PCM_TARGET void Encode(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples)
-{
-    switch (layout.kind) {
-    case Kind::Signed: return EncodeContainers<SignedSample>(dest, source, layout, samples);
-    case Kind::Offset:
-    case Kind::Offset32: return EncodeContainers<OffsetSample>(dest, source, layout, samples);
-    case Kind::Float: return EncodeContainers<FloatSample>(dest, source, layout, samples);
-    case Kind::Alaw:
-    case Kind::Mulaw: return EncodeG711(dest, source, layout, samples);
-    }
-}
+template <class Codec>
+constexpr CodecLoops kLoopsOf = {{EncodeWords<Codec>, EncodeRun<Codec, 1>, EncodeRun<Codec, 2>, EncodeRun<Codec, 3>,
+                                  EncodeRun<Codec, 4>, EncodeRun<Codec, kWhole>},
+                                 {DecodeWords<Codec>, DecodeRun<Codec, 1>, DecodeRun<Codec, 2>, DecodeRun<Codec, 3>,
+                                  DecodeRun<Codec, 4>, DecodeRun<Codec, kWhole>}};
 
-PCM_TARGET void Decode(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
-{
-    switch (layout.kind) {
-    case Kind::Signed: return DecodeContainers<SignedSample>(dest, source, layout, samples);
-    case Kind::Offset: return DecodeContainers<OffsetSample>(dest, source, layout, samples);
-    case Kind::Offset32: return DecodeContainers<Offset32Sample>(dest, source, layout, samples);
-    case Kind::Float: return DecodeContainers<FloatSample>(dest, source, layout, samples);
-    case Kind::Alaw:
-    case Kind::Mulaw: return DecodeG711(dest, source, layout, samples);
-    }
-}
-
-constexpr Loops kLoops = {Encode, Decode};
+constexpr CodecLoops kLoops[kKinds] = {kLoopsOf<SignedCodec>, kLoopsOf<OffsetCodec>, kLoopsOf<Offset32Codec>,
+                                       kLoopsOf<FloatCodec>,  kLoopsOf<AlawCodec>,   kLoopsOf<MulawCodec>};

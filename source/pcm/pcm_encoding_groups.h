@@ -12,6 +12,7 @@ constexpr PCM_ENCODING kTypes = 0x7F;
 constexpr PCM_ENCODING kByteOrders = PCM_ENCODING_BIG_ENDIAN | PCM_ENCODING_LITTLE_ENDIAN;
 constexpr PCM_ENCODING kSides = PCM_ENCODING_PAD_BEFORE | PCM_ENCODING_PAD_AFTER;
 constexpr PCM_ENCODING kContainers = 0x7F000;
+constexpr PCM_ENCODING kFlags = 0x7FFFF; ///< all
 
 /// In every group the lowest flag counts.
 constexpr PCM_ENCODING LowestOf(PCM_ENCODING encoding, PCM_ENCODING group)
@@ -25,17 +26,18 @@ constexpr PCM_ENCODING Normalize(PCM_ENCODING encoding)
            LowestOf(encoding, kSides) | LowestOf(encoding, kContainers);
 }
 
+/// Where the flag of a sample's type stands among them; kTypeCount without a type.
+constexpr int kTypeCount = 7;
+constexpr int TypeIndex(PCM_ENCODING type)
+{
+    return std::countr_zero(static_cast<uint64_t>(type | (PCM_ENCODING{1} << kTypeCount)));
+}
+
 /// Bytes of a sample, by the flag of its type.
 constexpr pbInt SampleBytes(PCM_ENCODING type)
 {
-    switch (type) {
-    case PCM_ENCODING_G711_ALAW:
-    case PCM_ENCODING_G711_MULAW:
-    case PCM_ENCODING_INT_8: return 1;
-    case PCM_ENCODING_INT_16: return 2;
-    case PCM_ENCODING_INT_24: return 3;
-    default: return 4;
-    }
+    constexpr pbInt kBytes[kTypeCount + 1] = {1, 1, 1, 2, 3, 4, 4, 4};
+    return kBytes[TypeIndex(type)];
 }
 
 /// Bytes of a sample with its container, of a normalised encoding.

@@ -1,7 +1,7 @@
 // The filter: every packet is filtered into a new one, which waits in a queue. Sums of neighbouring outputs are
 // computed side by side (pcm_filter_loops.h), straight from the packet's samples; where they reach back to frames
-// before the packet, these and the packet's own are first laid side by side in a small local array.
-#include "pcm_levels.h"
+// before the packet, these and the packet's own are first laid side by side in a block.
+#include "pcm_isa.h"
 #include "pcm_object.h"
 
 #include <pcm/pcm_filter.h>
@@ -11,12 +11,9 @@
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 
-#include <cmath>
-#include <utility>
-
-#ifdef __x86_64__
-#include <immintrin.h>
-#endif
+#include <algorithm>
+#include <bit>
+#include <numeric>
 
 /// Between operations the row before historyPosition (modulo coefficientsLength) holds the last frame written, the row
 /// before that one the frame before it, and so on; frames before the first are zeros. As many frames wait in the queue
@@ -50,17 +47,15 @@ void pcm___FilterFreeFunc(PB_OBJ *obj)
 namespace pcm {
 namespace {
 
-/// Some terms of the sums of neighbouring outputs: dest[j] takes coefficients[-tap] * source[j + tap * stride] for each
-/// tap in ascending order, which goes from older frames to newer ones.
+/// Sums of neighbouring outputs: dest[j] = coefficients[-tap] * source[j + tap * stride], added up with one rounding
+/// each for the taps in ascending order, which goes from older frames to newer ones, and clamped.
 struct FilterTerms {
     PCM_SAMPLE *dest;
-    pbInt samples; ///< outputs
-    const PCM_SAMPLE *source;
+    pbInt samples;                  ///< outputs
+    const PCM_SAMPLE *source;       ///< may be read as if there were a vector of outputs, at least
     pbInt stride;                   ///< from one frame to the next
     const PCM_SAMPLE *coefficients; ///< that of the oldest frame; those of newer ones lie before it
     pbInt taps;
-    bool first; ///< the sums begin at 0, not with what dest holds
-    bool last;  ///< the sums are complete and are clamped
 };
 
 using FilterLoop = void(const FilterTerms &terms);
@@ -69,97 +64,61 @@ using FilterLoop = void(const FilterTerms &terms);
 } // namespace pcm
 
 #define PCM_LOOPS "pcm_filter_loops.h"
-#include "pcm_each_level.h"
+#include "pcm_each_isa.h"
 
 namespace {
 
-pcm::FilterLoop *const sum = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
-
 constexpr pbInt kSample = PB_SIZEOF(PCM_SAMPLE);
 
-/// Frames that lie one after another in memory.
+/// A packet's frames.
 struct Run {
     const PCM_SAMPLE *samples;
     pbInt frames;
 };
 
-/// What the filter remembers, and after it a packet's frames, which are numbered from 0.
-class Stream {
-public:
-    Stream(const PCM_FILTER *filter, Run packet) : filter_(filter), packet_(packet) {}
-
-    /// The run from a frame on; at most coefficientsLength - 1 before the packet.
-    Run From(pbInt frame) const
-    {
-        const pbInt channels = filter_->channels, row = filter_->historyPosition + frame;
-        if (frame >= 0)
-            return {packet_.samples + frame * channels, packet_.frames - frame};
-        if (row >= 0)
-            return {filter_->history + row * channels, -frame};
-        return {filter_->history + (filter_->coefficientsLength + row) * channels, -row};
-    }
-
-    void Copy(PCM_SAMPLE *dest, pbInt frame, pbInt frames) const
-    {
-        while (frames > 0) {
-            const Run run = From(frame);
-            const pbInt count = pbIntMin(run.frames, frames);
-            pcm___SamplesCopy(dest, run.samples, count * filter_->channels);
-            dest += count * filter_->channels;
-            frame += count;
-            frames -= count;
-        }
-    }
-
-private:
-    const PCM_FILTER *filter_;
-    Run packet_;
-};
-
 /// Filters a packet's frames into dest, another array. The filter goes on remembering the frames before.
 void FilterFrames(const PCM_FILTER *filter, Run packet, PCM_SAMPLE *dest)
 {
-    constexpr pbInt kWindow = 4096; // samples: 16 KiB of stack
-    constexpr pbInt kBlock = 64;    // frames; keeps the loop's vectors full
-    PCM_SAMPLE window[kWindow];     // frames from here and there, side by side
-    const pbInt channels = filter->channels, length = filter->coefficientsLength;
-    const Stream stream(filter, packet);
+    constexpr pbInt kLocal = 4096; // samples: 16 KiB of stack
+    constexpr pbInt kSmall = 640;  // a packet of no more samples is copied whole
+    constexpr pbInt kHead = 192;   // samples that are worth a call of the loop
+    constexpr pbInt kVector = 16;  // samples in the widest
+    const pbInt channels = filter->channels, before = filter->coefficientsLength - 1;
+    pcm::FilterTerms terms = {.dest = dest,
+                              .samples = 0,
+                              .source = nullptr,
+                              .stride = channels,
+                              .coefficients = filter->coefficientSamples + before,
+                              .taps = filter->coefficientsLength};
 
-    // At first, outputs reach back beyond the packet. Of those, no more at once than leave half of the window to taps.
-    pbInt count = 0; // outputs at once
-    for (pbInt begin = 0; begin < packet.frames; begin += count) {
-        const pbInt reaching = length - 1 - begin;
-        count = packet.frames - begin;
-        if (reaching > 0) {
-            const pbInt rounded = (reaching + kBlock - 1) / kBlock * kBlock;
-            count = pbIntMin(count, pbIntMin(rounded, pbIntMax(kWindow / 2 / channels, 1)));
-        }
+    // The first outputs reach back beyond the packet: what they need is laid side by side. Those of a small packet are
+    // all of them.
+    pbInt head = packet.frames;
+    if (head * channels > kSmall)
+        head = pbIntMin(head, pbIntMax(before, (kHead + channels - 1) / channels));
+    if ((packet.frames - head) * channels < kVector)
+        head = packet.frames;
+    const pbInt needed = (before + head) * channels, older = before - filter->historyPosition;
+    alignas(64) PCM_SAMPLE local[kLocal];
+    PCM_SAMPLE *const block =
+        needed + kVector <= kLocal ? local : static_cast<PCM_SAMPLE *>(pbMemAllocN(needed + kVector, kSample));
+    pcm___SamplesCopy(block, filter->history + (before + 1 - older) * channels, older * channels);
+    pcm___SamplesCopy(block + older * channels, filter->history, (before - older) * channels);
+    pcm___SamplesCopy(block + before * channels, packet.samples, head * channels);
+    pcm___SamplesZero(block + needed, kVector);
+    terms.source = block;
+    terms.samples = head * channels;
+    pcm::loops(terms);
+    if (block != local)
+        pbMemFree(block);
 
-        // As many taps at a time as find their frames side by side, in place or in the window.
-        pbInt taps = 0;
-        for (pbInt done = 0; done < length; done += taps) {
-            const pbInt oldest = begin - (length - 1) + done, rest = length - done;
-            const Run run = stream.From(oldest);
-            const pbInt inPlace = run.frames - (count - 1);
-            const bool restFits = (rest + count - 1) * channels <= kWindow;
-            const PCM_SAMPLE *source = run.samples;
-            if (inPlace >= rest || (inPlace > 0 && !restFits)) {
-                taps = pbIntMin(inPlace, rest);
-            } else {
-                taps = restFits ? rest : kWindow / channels - (count - 1);
-                stream.Copy(window, oldest, taps + count - 1);
-                source = window;
-            }
-            sum({.dest = dest + begin * channels,
-                 .samples = count * channels,
-                 .source = source,
-                 .stride = channels,
-                 .coefficients = filter->coefficientSamples + rest - 1,
-                 .taps = taps,
-                 .first = done == 0,
-                 .last = taps == rest});
-        }
-    }
+    // The others find theirs in the packet.
+    if (head == packet.frames)
+        return;
+    terms.dest = dest + head * channels;
+    terms.source = packet.samples + (head - before) * channels;
+    terms.samples = (packet.frames - head) * channels;
+    pcm::loops(terms);
 }
 
 /// Puts the last frames of a packet into the ring.

@@ -1,174 +1,228 @@
-// The filter's loop, for one level (pcm_each_level.h). Neighbouring outputs are summed side by side, one to a lane,
-// with the sums in registers: no lane waits for another, and each adds its own terms in the order of the definition.
-// The samples of interleaved channels are neighbours like any others.
+// The filter's loop, for one instruction set (pcm_each_isa.h). Neighbouring outputs are summed side by side, one to a
+// lane of a register, so each adds its own terms in the order of the definition. The samples of interleaved channels
+// are neighbours like any others.
 
-#if PCM_LEVEL == 2
+#ifdef PCM_VECTOR
 
-struct Lanes {
-    static constexpr pbInt kWidth = 16;
-    static constexpr int kBlock = 8; ///< how many are summed at once
+// What bounds such a loop is not arithmetic but loading: nearly every vector lies across two lines of the cache. So
+// each is loaded once for several sums. `columns` vectors on, the outputs need the same samples `lag` taps later:
+//
+//     step                         0 ...   lag ...   2 lag ...        taps ...   ...
+//     a vector of outputs          first tap          ...             done
+//     the one `columns` vectors on         first tap  ...                        done
+//     the next one                                   first tap ...
 
-    __m512 value;
+/// Streams of 1, 2, 3 or 6 sums each: as many as leave registers for the samples and the coefficient.
+template <int kDeep>
+constexpr int kStreams = kDeep == 1         ? 12
+                         : PCM_VECTOR == 16 ? 21 / kDeep
+                         : kDeep == 6       ? 2
+                         : PCM_VECTOR == 32 ? 11 / kDeep
+                                            : 12 / kDeep;
 
-    PCM_TARGET static Lanes Zero() { return {_mm512_setzero_ps()}; }
-    PCM_TARGET static Lanes Load(const PCM_SAMPLE *source) { return {_mm512_loadu_ps(source)}; }
-    PCM_TARGET static Lanes LoadSome(const PCM_SAMPLE *source, pbInt samples)
+struct Stagger {
+    pbInt columns, lag;
+
+    PCM_TARGET explicit Stagger(pbInt stride)
     {
-        return {_mm512_maskz_loadu_ps(Mask(samples), source)};
-    }
-    PCM_TARGET void Store(PCM_SAMPLE *dest) const { _mm512_storeu_ps(dest, value); }
-    PCM_TARGET void StoreSome(PCM_SAMPLE *dest, pbInt samples) const
-    {
-        _mm512_mask_storeu_ps(dest, Mask(samples), value);
-    }
-    PCM_TARGET Lanes Plus(PCM_SAMPLE coefficient, Lanes source) const
-    {
-        return {_mm512_fmadd_ps(_mm512_set1_ps(coefficient), source.value, value)};
-    }
-    /// Of a number and NaN, minimum and maximum are the second operand.
-    PCM_TARGET Lanes Clamped() const
-    {
-        return {_mm512_max_ps(_mm512_set1_ps(-1.0f), _mm512_min_ps(_mm512_set1_ps(1.0f), value))};
-    }
-
-private:
-    PCM_TARGET static __mmask16 Mask(pbInt samples) { return static_cast<__mmask16>((1u << samples) - 1); }
-};
-
-#elif PCM_LEVEL == 1
-
-struct Lanes {
-    static constexpr pbInt kWidth = 8;
-    static constexpr int kBlock = 12; ///< how many are summed at once
-
-    __m256 value;
-
-    PCM_TARGET static Lanes Zero() { return {_mm256_setzero_ps()}; }
-    PCM_TARGET static Lanes Load(const PCM_SAMPLE *source) { return {_mm256_loadu_ps(source)}; }
-    PCM_TARGET static Lanes LoadSome(const PCM_SAMPLE *source, pbInt samples)
-    {
-        return {_mm256_maskload_ps(source, Mask(samples))};
-    }
-    PCM_TARGET void Store(PCM_SAMPLE *dest) const { _mm256_storeu_ps(dest, value); }
-    PCM_TARGET void StoreSome(PCM_SAMPLE *dest, pbInt samples) const
-    {
-        _mm256_maskstore_ps(dest, Mask(samples), value);
-    }
-    PCM_TARGET Lanes Plus(PCM_SAMPLE coefficient, Lanes source) const
-    {
-        return {_mm256_fmadd_ps(_mm256_set1_ps(coefficient), source.value, value)};
-    }
-    /// Of a number and NaN, minimum and maximum are the second operand.
-    PCM_TARGET Lanes Clamped() const
-    {
-        return {_mm256_max_ps(_mm256_set1_ps(-1.0f), _mm256_min_ps(_mm256_set1_ps(1.0f), value))};
-    }
-
-private:
-    PCM_TARGET static __m256i Mask(pbInt samples)
-    {
-        return _mm256_cmpgt_epi32(_mm256_set1_epi32(static_cast<int>(samples)),
-                                  _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+        const pbInt common = std::gcd(stride, pbInt{kLanes});
+        columns = stride / common;
+        lag = kLanes / common;
     }
 };
 
-#else
-
-/// Plain numbers. Where a fused step is an instruction, the compiler makes vectors of them.
-struct Lanes {
-    static constexpr pbInt kWidth = 4;
-    static constexpr int kBlock = 4; ///< how many are summed at once
-
-    PCM_SAMPLE value[kWidth];
-
-    static Lanes Zero() { return {}; }
-    static Lanes Load(const PCM_SAMPLE *source) { return LoadSome(source, kWidth); }
-    static Lanes LoadSome(const PCM_SAMPLE *source, pbInt samples)
-    {
-        Lanes lanes = {};
-        for (pbInt i = 0; i < samples; ++i)
-            lanes.value[i] = source[i];
-        return lanes;
-    }
-    void Store(PCM_SAMPLE *dest) const { StoreSome(dest, kWidth); }
-    void StoreSome(PCM_SAMPLE *dest, pbInt samples) const
-    {
-        for (pbInt i = 0; i < samples; ++i)
-            dest[i] = value[i];
-    }
-    Lanes Plus(PCM_SAMPLE coefficient, Lanes source) const
-    {
-        Lanes sum;
-        for (pbInt i = 0; i < kWidth; ++i)
-            sum.value[i] = std::fma(coefficient, source.value[i], value[i]);
-        return sum;
-    }
-    Lanes Clamped() const
-    {
-        Lanes clamped;
-        for (pbInt i = 0; i < kWidth; ++i)
-            clamped.value[i] = value[i] < -1.0f ? -1.0f : value[i] > 1.0f ? 1.0f : value[i];
-        return clamped;
-    }
-};
-
-#endif
-
-/// The sums from output `at` on, of as many vectors as there are kPlaces; of the last one only `inLast` samples, unless
-/// it is full. Not inlined, so that the sums have all registers to themselves; the places are constants for the same
-/// reason.
-template <bool kFull, int... kPlaces>
-PCM_TARGET __attribute__((noinline)) void SumVectors(const FilterTerms &terms, pbInt at, pbInt inLast,
-                                                     std::integer_sequence<int, kPlaces...>)
+/// A sum below -1 or above 1 becomes that; NaN stays.
+PCM_TARGET inline Floats Clamped(Floats v)
 {
-    constexpr pbInt kWidth = Lanes::kWidth;
-    constexpr int kCount = sizeof...(kPlaces);
-    const PCM_SAMPLE *const source = terms.source + at;
-    PCM_SAMPLE *const dest = terms.dest + at;
-    const auto load = [inLast](const PCM_SAMPLE *from, int place) PCM_TARGET {
-        const PCM_SAMPLE *const start = from + place * kWidth;
-        return kFull || place < kCount - 1 ? Lanes::Load(start) : Lanes::LoadSome(start, inLast);
-    };
-    const auto store = [inLast, dest](Lanes sum, int place) PCM_TARGET {
-        PCM_SAMPLE *const start = dest + place * kWidth;
-        return kFull || place < kCount - 1 ? sum.Store(start) : sum.StoreSome(start, inLast);
-    };
-
-    Lanes sum[kCount] = {(static_cast<void>(kPlaces), Lanes::Zero())...};
-    if (!terms.first)
-        ((sum[kPlaces] = load(dest, kPlaces)), ...);
-    for (pbInt tap = 0; tap < terms.taps; ++tap) {
-        const PCM_SAMPLE coefficient = terms.coefficients[-tap];
-        const PCM_SAMPLE *const frames = source + tap * terms.stride;
-        ((sum[kPlaces] = sum[kPlaces].Plus(coefficient, load(frames, kPlaces))), ...);
-    }
-    if (terms.last)
-        ((sum[kPlaces] = sum[kPlaces].Clamped()), ...);
-    (store(sum[kPlaces], kPlaces), ...);
+    v = v < -1.0f ? All<Floats>(-1.0f) : v;
+    return v > 1.0f ? All<Floats>(1.0f) : v;
 }
 
-template <int kCount, bool kFull = false> PCM_TARGET void SumVectors(const FilterTerms &terms, pbInt at, pbInt inLast)
+template <int... kNumbers> Numbers<kNumbers + 1 ...> Plus1(Numbers<kNumbers...>);
+template <int kDeep> using Later = decltype(Plus1(Count<kDeep - 1>())); ///< 1 ... kDeep - 1
+
+/// Sums of a stream each, at one depth. In folds with constant indices: what a variable indexes is kept in memory.
+template <int kCount> struct Sums {
+    Floats of[kCount];
+
+    template <int... kAt> [[gnu::always_inline]] PCM_TARGET void Clear(Numbers<kAt...>) { ((of[kAt] = Floats{}), ...); }
+
+    template <int... kAt>
+    [[gnu::always_inline]] PCM_TARGET void Add(float coefficient, const Floats (&samples)[kCount], Numbers<kAt...>)
+    {
+        const Floats factor = All<Floats>(coefficient);
+        ((of[kAt] = Fused(factor, samples[kAt], of[kAt])), ...);
+    }
+
+    template <int... kAt>
+    [[gnu::always_inline]] PCM_TARGET void Finish(PCM_SAMPLE *(&dest)[kCount], pbInt step, Numbers<kAt...>) const
+    {
+        ((Store(dest[kAt], Clamped(of[kAt])), dest[kAt] += step), ...);
+    }
+};
+
+/// Steps begin ... end - 1 of the sums from kFrom on, as many as there are kDepths.
+template <int kFrom, int kDeep, int kCount, int... kDepths, int... kAt>
+[[gnu::always_inline]] PCM_TARGET inline void
+Steps(Sums<kCount> (&sums)[kDeep], const PCM_SAMPLE *const (&source)[kCount], const FilterTerms &terms, pbInt lag,
+      pbInt begin, pbInt end, Numbers<kDepths...>, Numbers<kAt...> streams)
 {
-    SumVectors<kFull>(terms, at, inLast, std::make_integer_sequence<int, kCount>());
+    const PCM_SAMPLE *at[kCount] = {source[kAt] + begin * terms.stride...};
+    const PCM_SAMPLE *coefficient = terms.coefficients - begin + kFrom * lag;
+    for (pbInt step = begin; step < end; ++step, --coefficient) {
+        Floats samples[kCount] = {Load<Floats>(at[kAt])...};
+        if constexpr (sizeof...(kDepths) > 1)
+            (Hold(samples[kAt]), ...);
+        (sums[kFrom + kDepths].Add(coefficient[kDepths * lag], samples, streams), ...);
+        ((at[kAt] += terms.stride), ...);
+    }
+}
+
+/// Sums `length` vectors of each stream, of which stream i starts at starts[i]. At least kDeep; more than those only
+/// where kDeep lags are no less than the taps, so that the oldest sum is complete when the next one is due.
+template <int... kLater, int... kAt>
+[[gnu::noinline]] PCM_TARGET void SumStreams(const FilterTerms &shape, Stagger stagger, const pbInt *starts,
+                                             pbInt length, Numbers<kLater...>, Numbers<kAt...> streams)
+{
+    constexpr int kDeep = sizeof...(kLater) + 1, kCount = sizeof...(kAt);
+    const FilterTerms terms = shape; // a copy, which the sums stored cannot be
+    const pbInt lag = stagger.lag, step = stagger.columns * kLanes;
+    const PCM_SAMPLE *source[] = {terms.source + starts[kAt]...};
+    PCM_SAMPLE *dest[] = {terms.dest + starts[kAt]...};
+    Sums<kCount> sums[kDeep];
+    sums[0].Clear(streams);
+    (sums[kLater].Clear(streams), ...);
+    (Steps<0>(sums, source, terms, lag, (kLater - 1) * lag, kLater * lag, Count<kLater>(), streams), ...);
+    for (;;) {
+        Steps<0>(sums, source, terms, lag, (kDeep - 1) * lag, terms.taps, Count<kDeep>(), streams);
+        sums[0].Finish(dest, step, streams);
+        if (--length < kDeep)
+            break;
+        Steps<1>(sums, source, terms, lag, terms.taps, kDeep * lag, Count<kDeep - 1>(), streams);
+        ((sums[kLater - 1] = sums[kLater]), ...);
+        sums[kDeep - 1].Clear(streams);
+        ((source[kAt] += step), ...);
+    }
+    ((Steps<kLater>(sums, source, terms, lag, terms.taps + (kLater - 1) * lag, terms.taps + kLater * lag,
+                    Count<kDeep - kLater>(), streams),
+      sums[kLater].Finish(dest, step, streams)),
+     ...);
+}
+
+/// Sums neighbouring vectors that share nothing, as many as kAt. The last one ends no later than the outputs do.
+template <int... kAt>
+[[gnu::noinline]] PCM_TARGET void SumVectors(const FilterTerms &shape, pbInt at, Numbers<kAt...> vectors)
+{
+    constexpr int kCount = sizeof...(kAt), kLast = kCount - 1;
+    const FilterTerms terms = shape;
+    const pbInt last = std::min(at + kLast * kLanes, terms.samples - kLanes);
+    const PCM_SAMPLE *source = terms.source + at, *lastSource = terms.source + last;
+    PCM_SAMPLE *const dest = terms.dest + at, *const lastDest = terms.dest + last;
+    Sums<kCount> sums;
+    sums.Clear(vectors);
+    for (pbInt tap = 0; tap < terms.taps; ++tap, source += terms.stride, lastSource += terms.stride) {
+        const Floats samples[] = {Load<Floats>(kAt == kLast ? lastSource : source + kAt * kLanes)...};
+        sums.Add(terms.coefficients[-tap], samples, vectors);
+    }
+    (Store(kAt == kLast ? lastDest : dest + kAt * kLanes, Clamped(sums.of[kAt])), ...);
+}
+
+/// Sums segments from `at` on, each of `length` vectors of every column; one that would overrun moves back.
+template <int kDeep, int kCount = kStreams<kDeep>>
+PCM_TARGET void SumSegments(const FilterTerms &terms, Stagger stagger, pbInt at, pbInt segments, pbInt length)
+{
+    const pbInt segment = stagger.columns * length * kLanes;
+    pbInt starts[kCount], column = 0;
+    for (pbInt left = segments * stagger.columns; left > 0; left -= kCount) {
+        for (pbInt &start : starts) {
+            start = std::min(at, terms.samples - segment) + column * kLanes;
+            if (++column == stagger.columns) {
+                column = 0;
+                at += segment;
+            }
+        }
+        SumStreams(terms, stagger, starts, length, Later<kDeep>(), Count<kCount>());
+    }
+}
+
+/// Segments that fill the streams without a rest.
+template <int kDeep> PCM_TARGET inline pbInt SegmentsOf(Stagger stagger)
+{
+    return kStreams<kDeep> / std::gcd(stagger.columns, pbInt{kStreams<kDeep>});
+}
+
+/// Sums all, if as many taps as kDeep lags, at most, are the sums in flight. @return whether there is enough for that
+template <int kDeep> PCM_TARGET bool SumWithoutPause(const FilterTerms &terms, Stagger stagger, pbInt vectors)
+{
+    const pbInt segments = SegmentsOf<kDeep>(stagger), together = segments * stagger.columns;
+    const pbInt length = (vectors + together - 1) / together;
+    if (length < kDeep || stagger.columns * length * kLanes > terms.samples)
+        return false;
+    SumSegments<kDeep>(terms, stagger, 0, segments, length);
+    return true;
+}
+
+/// Sums what fills segments of kDeep vectors for each stream. @return the samples summed
+template <int kDeep> PCM_TARGET pbInt SumInBlocks(const FilterTerms &terms, Stagger stagger)
+{
+    const pbInt segments = SegmentsOf<kDeep>(stagger), block = segments * stagger.columns * kDeep * kLanes;
+    pbInt at = 0;
+    for (; terms.samples - at >= block; at += block)
+        SumSegments<kDeep>(terms, stagger, at, segments, kDeep);
+    return at;
+}
+
+template <int... kCounts>
+PCM_TARGET inline void SumFew(const FilterTerms &terms, pbInt at, pbInt vectors, Numbers<kCounts...>)
+{
+    ((vectors == kCounts + 1 ? SumVectors(terms, at, Count<kCounts + 1>()) : void()), ...);
+}
+
+/// At least one vector.
+PCM_TARGET void SumWhole(const FilterTerms &terms)
+{
+    const Stagger stagger(terms.stride);
+    const pbInt vectors = (terms.samples + kLanes - 1) / kLanes, depth = (terms.taps + stagger.lag - 1) / stagger.lag;
+    if ((depth == 2 && SumWithoutPause<2>(terms, stagger, vectors)) ||
+        (depth == 3 && SumWithoutPause<3>(terms, stagger, vectors)) ||
+        (depth == 6 && SumWithoutPause<6>(terms, stagger, vectors)))
+        return;
+    pbInt at = depth >= 3 ? SumInBlocks<3>(terms, stagger) : 0;
+    pbInt left = (terms.samples - at + kLanes - 1) / kLanes;
+    for (; left > 12; left -= 12, at += 12 * kLanes)
+        SumVectors(terms, at, Count<12>());
+    if (depth >= 2 && stagger.columns == 1 && left > 6 && left <= 2 * kStreams<2>)
+        return left > 10  ? SumSegments<2, 6>(terms, stagger, at, 6, 2)
+               : left > 8 ? SumSegments<2, 5>(terms, stagger, at, 5, 2)
+                          : SumSegments<2, 4>(terms, stagger, at, 4, 2);
+    SumFew(terms, at, left, Count<12>());
 }
 
 PCM_TARGET void Sum(const FilterTerms &terms)
 {
-    constexpr pbInt kWidth = Lanes::kWidth;
-    pbInt at = 0;
-    for (; terms.samples - at >= Lanes::kBlock * kWidth; at += Lanes::kBlock * kWidth)
-        SumVectors<Lanes::kBlock, true>(terms, at, kWidth);
-    for (; terms.samples - at >= 4 * kWidth; at += 4 * kWidth)
-        SumVectors<4, true>(terms, at, kWidth);
-    const pbInt rest = terms.samples - at;
-    if (rest > 3 * kWidth)
-        SumVectors<4>(terms, at, rest - 3 * kWidth);
-    else if (rest > 2 * kWidth)
-        SumVectors<3>(terms, at, rest - 2 * kWidth);
-    else if (rest > kWidth)
-        SumVectors<2>(terms, at, rest - kWidth);
-    else if (rest > 0)
-        SumVectors<1>(terms, at, rest);
+    if (terms.samples >= kLanes)
+        return SumWhole(terms);
+    PCM_SAMPLE sums[kLanes]; // the source has room for a vector
+    FilterTerms whole = terms;
+    whole.dest = sums;
+    whole.samples = kLanes;
+    SumWhole(whole);
+    __builtin_memcpy(terms.dest, sums, static_cast<std::size_t>(terms.samples) * sizeof(PCM_SAMPLE));
 }
+
+#else
+
+/// The definition.
+PCM_TARGET void Sum(const FilterTerms &terms)
+{
+    for (pbInt j = 0; j < terms.samples; ++j) {
+        PCM_SAMPLE sum = 0.0f;
+        for (pbInt tap = 0; tap < terms.taps; ++tap)
+            sum = std::fma(terms.coefficients[-tap], terms.source[j + tap * terms.stride], sum);
+        terms.dest[j] = sum < -1.0f ? -1.0f : sum > 1.0f ? 1.0f : sum;
+    }
+}
+
+#endif
 
 constexpr FilterLoop *kLoops = Sum;

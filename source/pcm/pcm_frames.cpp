@@ -1,7 +1,7 @@
-// Frame-rate change: frames are copied as blocks, with silence between them or others left out.
-#include "pcm_levels.h"
+// Frame-rate change. A frame with the silence after it, or with the frames after it that are left out, is a frame of
+// more channels.
+#include "pcm_interleave.h"
 #include "pcm_object.h"
-#include "pcm_weave.h"
 
 #include <pcm/pcm_frames.h>
 
@@ -10,25 +10,7 @@
 
 using pcm::Ref;
 
-namespace pcm {
 namespace {
-
-/// Makes frames of dest of the first of each `div` frames of source.
-using ReduceLoop = void(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt div, pbInt frames);
-
-struct Loops {
-    ReduceLoop *reduce;
-};
-
-} // namespace
-} // namespace pcm
-
-#define PCM_LOOPS "pcm_frames_loops.h"
-#include "pcm_each_level.h"
-
-namespace {
-
-const pcm::Loops loops = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
 
 /// Puts a new packet into the handle. `fill` makes its samples of the old one's, if it has frames.
 template <class Fill> void Replace(PCM_PACKET **pkt, pbInt destFrames, Fill fill)
@@ -55,7 +37,7 @@ void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult)
     PB_ASSERT(PB_INT_MUL_OK( sourceFrames, mult ));
 
     Replace(pkt, sourceFrames * mult, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
-        pcm::Weave(dest, channels * mult, source, channels, nullptr, sourceFrames);
+        pcm::MakeFrames(dest, {.width = channels * mult, .kept = channels}, source, channels, sourceFrames);
     });
 }
 
@@ -69,6 +51,6 @@ void pcmFramesReduce(PCM_PACKET **pkt, pbInt div)
 
     const pbInt destFrames = sourceFrames / div;
     Replace(pkt, destFrames, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
-        loops.reduce(dest, source, channels, div, destFrames);
+        pcm::MakeFrames(dest, {.width = channels, .kept = channels}, source, channels * div, destFrames);
     });
 }

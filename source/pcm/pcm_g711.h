@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 
@@ -43,33 +42,5 @@ constexpr int16_t MulawValue(unsigned code)
     const int magnitude = static_cast<int>(((step << 3) + 132) << segment) - 132;
     return static_cast<int16_t>((bits & 0x80 ? -magnitude : magnitude) - (segment ? 4 : 0));
 }
-
-/// The bits of the samples that the codes stand for.
-template <class Value> constexpr std::array<uint32_t, 256> SampleBits(Value value)
-{
-    std::array<uint32_t, 256> bits{};
-    for (unsigned code = 0; code < 256; ++code)
-        bits[code] = std::bit_cast<uint32_t>(static_cast<float>(value(code)) * 0x1p-15f);
-    return bits;
-}
-
-/// Where a code stands in SignedCodes: the code of a negative sample by its magnitude / 8, the others behind them.
-constexpr int kPositive = 4097;
-
-/// The codes with their sign bits.
-template <class Code> constexpr std::array<uint8_t, 2 * kPositive> SignedCodes(Code code)
-{
-    std::array<uint8_t, 2 * kPositive> codes{};
-    for (unsigned i = 0; i < kPositive; ++i) {
-        codes[i] = code(i);
-        codes[kPositive + i] = code(i) | 0x80;
-    }
-    return codes;
-}
-
-inline constexpr std::array<uint8_t, 2 *kPositive> kAlawCodes = SignedCodes(AlawCode);
-inline constexpr std::array<uint8_t, 2 *kPositive> kMulawCodes = SignedCodes(MulawCode);
-inline constexpr std::array<uint32_t, 256> kAlawSamples = SampleBits(AlawValue);
-inline constexpr std::array<uint32_t, 256> kMulawSamples = SampleBits(MulawValue);
 
 } // namespace pcm::g711

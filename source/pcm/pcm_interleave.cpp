@@ -1,55 +1,39 @@
 // Interleaved frames as wholes. The loops are in pcm_interleave_loops.h.
 #include "pcm_interleave.h"
-#include "pcm_levels.h"
+#include "pcm_isa.h"
 
-#include <cstring>
-
-#ifdef __x86_64__
-#include <immintrin.h>
-#endif
+#include <algorithm>
+#include <bit>
+#include <functional>
+#include <numeric>
 
 namespace pcm {
 namespace {
 
-using PickLoop = void(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
-                      pbInt frames);
-using CopyLoop = void(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels,
-                      pbInt channels, pbInt frames);
-using SumLoop = void(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames);
+using MakeLoop = decltype(MakeFrames);
 
-struct Loops {
-    PickLoop *pick;
-    CopyLoop *copy;
-    SumLoop *sum;
-};
+/// Takes the lowest channel out of those that a mask names. @return it
+inline pbInt NextChannel(uint64_t &mask)
+{
+    const pbInt channel = std::countr_zero(mask);
+    mask &= mask - 1;
+    return channel;
+}
 
 } // namespace
 } // namespace pcm
 
 #define PCM_LOOPS "pcm_interleave_loops.h"
-#include "pcm_each_level.h"
+#include "pcm_each_isa.h"
 
-namespace pcm {
-namespace {
-
-const Loops loops = ForThisProcessor(base::kLoops, v3::kLoops, v4::kLoops);
-
-} // namespace
-
-void PickChannels(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels, pbInt frames)
+void pcm::MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt sourceChannels,
+                     pbInt frames)
 {
-    loops.pick(dest, map, source, sourceChannels, frames);
+    loops(dest, shape, source, sourceChannels, frames);
 }
 
-void CopyChannels(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels, pbInt channels,
-                  pbInt frames)
+bool pcm::Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples)
 {
-    loops.copy(dest, destChannels, source, sourceChannels, channels, frames);
+    const std::less_equal<> notAfter; // a total order, also across arrays
+    return notAfter(a + aSamples, b) || notAfter(b + bSamples, a);
 }
-
-void SumChannels(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
-{
-    loops.sum(dest, source, channels, frames);
-}
-
-} // namespace pcm

@@ -1,6 +1,5 @@
-// Interleaved frames as wholes: channels picked, placed and summed in one walk over the frames, where the channel
-// kernels walk once for each channel. Internal; the callers have checked that every sample exists. Dest and source lie
-// apart.
+// Interleaved frames as wholes: channels picked, placed, filled up and summed in one walk over the frames, where the
+// channel kernels walk once for each channel. Internal; the callers have checked that every sample exists.
 #pragma once
 
 #include <pcm/pcm_base.h>
@@ -9,25 +8,24 @@
 
 namespace pcm {
 
-/// Where the channels of new frames come from.
-struct ChannelMap {
-    static constexpr pbInt kChannels = 64; ///< at most
+/// How the samples of a frame of dest come from a frame of the source.
+struct FrameShape {
+    /// What the channels that are not kept become: +0.0; the frame's sum, from +0.0 in the order of the channels, times
+    /// the gain; or what they were.
+    enum Rest : uint8_t { kSilence, kSum, kUnchanged };
 
-    pbInt channels = 0;
-    int8_t from[kChannels] = {}; ///< not descending where it is a channel of the source; -1 is silence
-
-    void Add(pbInt channel) { from[channels++] = static_cast<int8_t>(channel); }
+    pbInt width = 0; ///< samples of a frame of dest
+    pbInt kept = 0;  ///< the first of them are channels of the source, in ascending order
+    Rest rest = kSilence;
+    uint64_t mask = 0; ///< which channels of the source; 0: the first ones
+    PCM_SAMPLE gain = 1.0f;
 };
 
-/// Channel c of dest = channel map.from[c] of source, or +0.0.
-void PickChannels(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
-                  pbInt frames);
+/// Makes frames of dest, which lies apart from the source. Samples that are kept keep every bit.
+void MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt sourceChannels,
+                pbInt frames);
 
-/// The first channels of dest = the first channels of source; other samples of dest stay.
-void CopyChannels(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels, pbInt channels,
-                  pbInt frames);
-
-/// dest[f] = +0.0 and then the samples of frame f added in the order of the channels.
-void SumChannels(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames);
+/// Whether two runs of samples have none in common.
+bool Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples);
 
 } // namespace pcm

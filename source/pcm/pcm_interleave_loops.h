@@ -1,302 +1,290 @@
-// The loops over interleaved frames, for one level (pcm_each_level.h).
+// The loops over interleaved frames, for one instruction set (pcm_each_isa.h).
 
-/// The definition of picking; also what is left over by the vectors.
-PCM_TARGET inline void PickFrames(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source,
-                                  pbInt sourceChannels, pbInt frames)
-{
-    for (; frames > 0; --frames, dest += map.channels, source += sourceChannels)
-        for (pbInt c = 0; c < map.channels; ++c)
-            dest[c] = map.from[c] < 0 ? 0.0f : source[map.from[c]];
-}
+/// Numbers that are arguments; others in the template arguments are constants, which let the compiler make vectors.
+constexpr pbInt kAny = -1;
 
-/// The commonest maps, with constant steps, which the compiler can make vectors of: one channel out of two, and one
-/// twice.
-/// @return whether it was one of them
-PCM_TARGET inline bool PickMonoOrStereo(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source,
-                                        pbInt sourceChannels, pbInt frames)
-{
-    const pbInt from = map.from[0];
-    if (map.channels == 1 && sourceChannels == 2 && from >= 0) {
-        for (pbInt f = 0; f < frames; ++f)
-            dest[f] = source[2 * f + from];
-        return true;
-    }
-    if (map.channels == 2 && sourceChannels == 1 && from == 0 && map.from[1] == 0) {
-        for (pbInt f = 0; f < frames; ++f)
-            dest[2 * f] = dest[2 * f + 1] = source[f];
-        return true;
-    }
-    return false;
-}
+using Rest = FrameShape::Rest;
+constexpr Rest kSilence = Rest::kSilence, kSum = Rest::kSum, kUnchanged = Rest::kUnchanged;
 
-/// A channel count of 0 is that of the argument; the others are constants.
-template <pbInt kChannels>
-PCM_TARGET void CopyRows(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels,
-                         pbInt channels, pbInt frames)
+/// The definition.
+template <Rest kRest, pbInt kWidth = kAny, pbInt kKept = kAny, pbInt kChannels = kAny>
+PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, const PCM_SAMPLE *__restrict source,
+                          pbInt sourceChannels, pbInt frames)
 {
-    channels = kChannels ? kChannels : channels;
-    for (pbInt f = 0; f < frames; ++f)
-        std::memcpy(dest + f * destChannels, source + f * sourceChannels,
-                    static_cast<std::size_t>(channels) * sizeof(PCM_SAMPLE));
-}
-
-PCM_TARGET void Copy(PCM_SAMPLE *dest, pbInt destChannels, const PCM_SAMPLE *source, pbInt sourceChannels,
-                     pbInt channels, pbInt frames)
-{
-    switch (channels) {
-    case 1: return CopyRows<1>(dest, destChannels, source, sourceChannels, 1, frames);
-    case 2: return CopyRows<2>(dest, destChannels, source, sourceChannels, 2, frames);
-    case 3: return CopyRows<3>(dest, destChannels, source, sourceChannels, 3, frames);
-    case 4: return CopyRows<4>(dest, destChannels, source, sourceChannels, 4, frames);
-    case 5: return CopyRows<5>(dest, destChannels, source, sourceChannels, 5, frames);
-    case 6: return CopyRows<6>(dest, destChannels, source, sourceChannels, 6, frames);
-    case 7: return CopyRows<7>(dest, destChannels, source, sourceChannels, 7, frames);
-    case 8: return CopyRows<8>(dest, destChannels, source, sourceChannels, 8, frames);
-    default: return CopyRows<0>(dest, destChannels, source, sourceChannels, channels, frames);
-    }
-}
-
-/// The definition of the sum, for a constant channel count or, with 0, that of the argument.
-template <pbInt kChannels>
-PCM_TARGET void SumFrames(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
-{
-    channels = kChannels ? kChannels : channels;
+    const pbInt width = kWidth == kAny ? shape.width : kWidth, kept = kKept == kAny ? shape.kept : kKept;
+    const pbInt channels = kChannels == kAny ? sourceChannels : kChannels;
+    const PCM_SAMPLE gain = shape.gain;
     for (pbInt f = 0; f < frames; ++f) {
-        PCM_SAMPLE sum = 0.0f;
-        for (pbInt c = 0; c < channels; ++c)
-            sum += source[f * channels + c];
-        dest[f] = sum;
+        PCM_SAMPLE *const to = dest + f * width;
+        const PCM_SAMPLE *const from = source + f * channels;
+        uint64_t mask = shape.mask;
+        for (pbInt c = 0; c < kept; ++c)
+            to[c] = from[kKept == kAny && mask ? NextChannel(mask) : c];
+        if constexpr (kRest == kUnchanged)
+            continue;
+        PCM_SAMPLE rest = 0.0f;
+        if constexpr (kRest == kSum) {
+            for (pbInt c = 0; c < channels; ++c)
+                rest += from[c];
+            rest *= gain;
+        }
+        for (pbInt c = kept; c < width; ++c)
+            to[c] = rest;
     }
 }
 
-#if PCM_LEVEL == 0
-
-PCM_TARGET void Pick(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
-                     pbInt frames)
+/// A row for each frame, of a constant number of samples, and nothing else. Without __restrict: compilers would
+/// scatter.
+template <pbInt kKept>
+PCM_TARGET void CopyRows(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
+                         pbInt frames)
 {
-    if (!PickMonoOrStereo(dest, map, source, sourceChannels, frames))
-        PickFrames(dest, map, source, sourceChannels, frames);
+    const pbInt width = shape.width;
+    for (pbInt f = 0; f < frames; ++f)
+        __builtin_memcpy(dest + f * width, source + f * channels, kKept * sizeof(PCM_SAMPLE));
 }
 
-PCM_TARGET void SumMany(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
+/// The plain loop for a shape.
+PCM_TARGET MakeLoop *Plain(const FrameShape &shape)
 {
-    switch (channels) {
-    case 4: return SumFrames<4>(dest, source, 4, frames);
-    case 6: return SumFrames<6>(dest, source, 6, frames);
-    case 8: return SumFrames<8>(dest, source, 8, frames);
-    default: return SumFrames<0>(dest, source, channels, frames);
+    if (shape.rest == kSum)
+        return MakePlain<kSum>;
+    if (shape.mask == 0 && (shape.rest == kUnchanged || shape.width == shape.kept)) {
+        switch (shape.kept) {
+        case 1: return shape.rest == kUnchanged ? CopyRows<1> : MakePlain<kSilence, 1, 1>;
+        case 2: return shape.rest == kUnchanged ? CopyRows<2> : MakePlain<kSilence, 2, 2>;
+        case 4: return CopyRows<4>;
+        case 6: return CopyRows<6>;
+        case 8: return CopyRows<8>;
+        }
+    }
+    return shape.rest == kUnchanged ? MakePlain<kUnchanged> : MakePlain<kSilence>;
+}
+
+/// The same where all numbers are constants. @return null for other shapes
+PCM_TARGET MakeLoop *Constant(const FrameShape &shape, pbInt channels)
+{
+    if (shape.mask > 1 || shape.width > 4 || channels > 8)
+        return nullptr;
+    switch (1000 * shape.rest + 100 * shape.width + 10 * shape.kept + channels) {
+    case 112: return MakePlain<kSilence, 1, 1, 2>;
+    case 113: return MakePlain<kSilence, 1, 1, 3>;
+    case 116: return MakePlain<kSilence, 1, 1, 6>;
+    case 211: return MakePlain<kSilence, 2, 1, 1>;
+    case 224: return MakePlain<kSilence, 2, 2, 4>;
+    case 311: return MakePlain<kSilence, 3, 1, 1>;
+    case 422: return MakePlain<kSilence, 4, 2, 2>;
+    case 1101: return MakePlain<kSum, 1, 0, 1>;
+    case 1102: return MakePlain<kSum, 1, 0, 2>;
+    case 1108: return MakePlain<kSum, 1, 0, 8>;
+    case 1208: return MakePlain<kSum, 2, 0, 8>;
+    case 1201: return MakePlain<kSum, 2, 0, 1>;
+    case 1211: return MakePlain<kSum, 2, 1, 1>;
+    default: return nullptr;
     }
 }
 
-#else
+#ifdef PCM_VECTOR
 
-constexpr pbInt kLanes = PCM_VECTOR / 4; // samples in a vector
+// Sums: a vector holds one channel of neighbouring frames, so that each lane adds in the order of the channels.
 
-#if PCM_LEVEL == 2
-
-using Floats = __m512;
-
-PCM_TARGET inline Floats Zero()
+template <class Part, int... kAt> PCM_TARGET inline auto Joined(Part low, Part high, Numbers<kAt...>)
 {
-    return _mm512_setzero_ps();
-}
-PCM_TARGET inline Floats Add(Floats a, Floats b)
-{
-    return _mm512_add_ps(a, b);
-}
-PCM_TARGET inline void Store(PCM_SAMPLE *dest, Floats samples)
-{
-    _mm512_storeu_ps(dest, samples);
+    return __builtin_shufflevector(low, high, kAt...);
 }
 
-/// Lane i becomes the sample lanes[i] of those from source on; +0.0 where that is negative.
-PCM_TARGET inline Floats Arrange(const PCM_SAMPLE *source, const int32_t *lanes)
+typedef PCM_SAMPLE Four __attribute__((vector_size(16)));
+
+/// Four samples from each of kCount places.
+template <int kCount> PCM_TARGET inline auto LoadFours(const PCM_SAMPLE *source, pbInt step)
 {
-    const __m512i from = _mm512_loadu_si512(lanes);
-    const __mmask16 taken = _mm512_cmpge_epi32_mask(from, _mm512_setzero_si512());
-    return _mm512_maskz_permutexvar_ps(taken, from, _mm512_loadu_ps(source));
+    if constexpr (kCount == 1) {
+        return Load<Four>(source);
+    } else {
+        constexpr int kHalf = kCount / 2;
+        return Joined(LoadFours<kHalf>(source, step), LoadFours<kHalf>(source + kHalf * step, step),
+                      Count<4 * kCount>());
+    }
 }
 
-/// Four samples from each of four places.
-PCM_TARGET inline Floats LoadFours(const PCM_SAMPLE *source, pbInt step)
+/// Of each four samples of a and b: those with the numbers kFirst and kSecond of both, in turn or one after the other.
+template <int kFirst, int... kAt> PCM_TARGET inline Floats Pairs(Floats a, Floats b, Numbers<kAt...>)
 {
-    const __m256 low =
-        _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(source)), _mm_loadu_ps(source + step), 1);
-    const __m256 high = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(source + 2 * step)),
-                                             _mm_loadu_ps(source + 3 * step), 1);
-    return _mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1);
+    return __builtin_shufflevector(a, b, (kAt % 2 * kLanes + kAt / 4 * 4 + kFirst + kAt % 4 / 2)...);
+}
+template <int kFirst, int... kAt> PCM_TARGET inline Floats Halves(Floats a, Floats b, Numbers<kAt...>)
+{
+    return __builtin_shufflevector(a, b, (kAt % 4 / 2 * kLanes + kAt / 4 * 4 + kFirst + kAt % 2)...);
+}
+template <int kFirst, int... kAt> PCM_TARGET inline Floats EverySecond(Floats a, Floats b, Numbers<kAt...>)
+{
+    return __builtin_shufflevector(a, b, (2 * kAt + kFirst)...);
 }
 
-PCM_TARGET inline Floats FirstPairs(Floats a, Floats b)
+/// The sums of as many frames as there are lanes. Reads one sample more.
+template <pbInt kChannels> PCM_TARGET inline Floats SumsOf(const PCM_SAMPLE *source, pbInt number)
 {
-    return _mm512_unpacklo_ps(a, b);
-}
-PCM_TARGET inline Floats LastPairs(Floats a, Floats b)
-{
-    return _mm512_unpackhi_ps(a, b);
-}
-PCM_TARGET inline Floats FirstHalves(Floats a, Floats b)
-{
-    return _mm512_shuffle_ps(a, b, 0x44);
-}
-PCM_TARGET inline Floats LastHalves(Floats a, Floats b)
-{
-    return _mm512_shuffle_ps(a, b, 0xEE);
-}
-
-#else
-
-using Floats = __m256;
-
-PCM_TARGET inline Floats Zero()
-{
-    return _mm256_setzero_ps();
-}
-PCM_TARGET inline Floats Add(Floats a, Floats b)
-{
-    return _mm256_add_ps(a, b);
-}
-PCM_TARGET inline void Store(PCM_SAMPLE *dest, Floats samples)
-{
-    _mm256_storeu_ps(dest, samples);
-}
-
-/// Lane i becomes the sample lanes[i] of those from source on; +0.0 where that is negative.
-PCM_TARGET inline Floats Arrange(const PCM_SAMPLE *source, const int32_t *lanes)
-{
-    const __m256i from = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(lanes));
-    const __m256 silent = _mm256_castsi256_ps(_mm256_cmpgt_epi32(_mm256_setzero_si256(), from));
-    return _mm256_andnot_ps(silent, _mm256_permutevar8x32_ps(_mm256_loadu_ps(source), from));
+    constexpr Count<kLanes> all;
+    const pbInt channels = kChannels == kAny ? number : kChannels;
+    Floats sum = {};
+    if (channels == 1)
+        return sum + Load<Floats>(source);
+    if (channels == 2) {
+        const Floats a = Load<Floats>(source), b = Load<Floats>(source + kLanes);
+        return sum + EverySecond<0>(a, b, all) + EverySecond<1>(a, b, all);
+    }
+    // Blocks of four frames and four channels are transposed. The last block is of the last four channels, and those
+    // that were summed before are left out.
+    for (pbInt done = 0; done < channels; done += 4) {
+        const pbInt start = done + 4 <= channels ? done : channels < 4 ? 0 : channels - 4;
+        const PCM_SAMPLE *const at = source + start;
+        const Floats a = LoadFours<kLanes / 4>(at, 4 * channels),
+                     b = LoadFours<kLanes / 4>(at + channels, 4 * channels),
+                     c = LoadFours<kLanes / 4>(at + 2 * channels, 4 * channels),
+                     d = LoadFours<kLanes / 4>(at + 3 * channels, 4 * channels);
+        const Floats ab = Pairs<0>(a, b, all), cd = Pairs<0>(c, d, all);
+        if (start == done)
+            sum += Halves<0>(ab, cd, all);
+        if (start + 1 >= done)
+            sum += Halves<2>(ab, cd, all);
+        const Floats abLast = Pairs<2>(a, b, all), cdLast = Pairs<2>(c, d, all);
+        if (start + 2 >= done)
+            sum += Halves<0>(abLast, cdLast, all);
+        if (start + 3 < channels)
+            sum += Halves<2>(abLast, cdLast, all);
+    }
+    return sum;
 }
 
-/// Four samples from each of two places.
-PCM_TARGET inline Floats LoadFours(const PCM_SAMPLE *source, pbInt step)
-{
-    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(source)), _mm_loadu_ps(source + step), 1);
-}
-
-PCM_TARGET inline Floats FirstPairs(Floats a, Floats b)
-{
-    return _mm256_unpacklo_ps(a, b);
-}
-PCM_TARGET inline Floats LastPairs(Floats a, Floats b)
-{
-    return _mm256_unpackhi_ps(a, b);
-}
-PCM_TARGET inline Floats FirstHalves(Floats a, Floats b)
-{
-    return _mm256_shuffle_ps(a, b, 0x44);
-}
-PCM_TARGET inline Floats LastHalves(Floats a, Floats b)
-{
-    return _mm256_shuffle_ps(a, b, 0xEE);
-}
-
-#endif
-
-/// One vector of the result: samples from a vector that starts so many samples into the source.
-struct Step {
-    int32_t lanes[kLanes];
-    int32_t source, dest; // from the start of the group
+/// How a vector of dest, or its first lanes, are made: each lane of one sample of a vector of the source, or of the sum
+/// of one frame. Places are negative where the lane is the other's, or nobody's.
+struct alignas(PCM_VECTOR) Step {
+    int32_t places[kLanes], sums[kLanes];
+    pbInt source, dest; ///< from the start of the group
 };
 
-/// Whole frames that fill whole vectors of the result; their steps serve every group of so many frames.
+/// Whole frames that fill whole vectors of dest; their steps serve every group of so many frames.
 struct Group {
-    // A step ends because its vector is full, at most 64 times, or because the next sample lies beyond what it loads,
-    // at most kLanes * (64 / kLanes + 1) times; or it is the last.
-    static constexpr int kSteps = 64 + 64 + kLanes + 1;
+    static constexpr int kSteps = 64; ///< at most
 
     pbInt frames;
-    int steps = 0;
-    Step step[kSteps];
+    int count = 0;
+    bool fits = true;
+    Step steps[kSteps];
 
-    PCM_TARGET Group(const ChannelMap &map, pbInt sourceChannels)
+    PCM_TARGET Group(const FrameShape &shape, pbInt channels)
     {
-        frames = 1;
-        while (frames * map.channels % kLanes)
-            frames *= 2;
+        frames = shape.rest == kSum ? kLanes : kLanes / std::gcd(shape.width, pbInt{kLanes});
         int lane = kLanes;
-        int32_t end = 0; // of what the step loads; 0 while it takes nothing from the source
+        pbInt end = 0; // of what the step loads; 0 while it takes nothing from the source
         for (pbInt f = 0, to = 0; f < frames; ++f) {
-            for (pbInt c = 0; c < map.channels; ++c, ++to, ++lane) {
-                const auto from = static_cast<int32_t>(f * sourceChannels + map.from[c]);
-                const bool silent = map.from[c] < 0;
-                if (lane == kLanes || (!silent && end && from >= end)) {
-                    step[steps].source = 0;
-                    step[steps].dest = static_cast<int32_t>(to);
-                    ++steps;
-                    lane = end = 0;
+            uint64_t mask = shape.mask;
+            for (pbInt c = 0; c < shape.width; ++c, ++to, ++lane) {
+                const bool kept = c < shape.kept;
+                const pbInt from = f * channels + (kept && mask ? NextChannel(mask) : c);
+                if (lane == kLanes || (kept && end && from >= end)) {
+                    if (count == kSteps) {
+                        fits = false;
+                        return;
+                    }
+                    Step &next = steps[count++];
+                    Store(next.places, Ints{} - 1); // lanes that the step does not reach stay what they were
+                    Store(next.sums, Ints{} - 1);
+                    next.source = 0;
+                    next.dest = to;
+                    lane = 0;
+                    end = 0;
                 }
-                Step &now = step[steps - 1];
-                if (!silent && !end) {
-                    now.source = from;
+                Step &step = steps[count - 1];
+                if (kept && !end) {
+                    step.source = from;
                     end = from + kLanes;
                 }
-                now.lanes[lane] = silent ? -1 : from - now.source;
+                step.places[lane] = static_cast<int32_t>(kept ? from - step.source : -1);
+                step.sums[lane] = static_cast<int32_t>(kept ? -1 : f);
             }
         }
     }
 };
 
-PCM_TARGET void Pick(PCM_SAMPLE *dest, const ChannelMap &map, const PCM_SAMPLE *source, pbInt sourceChannels,
-                     pbInt frames)
+template <bool kKeeps, Rest kRest, pbInt kChannels = kAny>
+PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
+                            pbInt frames)
 {
-    if (PickMonoOrStereo(dest, map, source, sourceChannels, frames))
-        return;
-    if (frames < 2 * kLanes || sourceChannels > 1 << 20) // not worth the preparation; or too far apart for the steps
-        return PickFrames(dest, map, source, sourceChannels, frames);
-
-    const Group group(map, sourceChannels);
+    const Group group(shape, channels);
     // The vectors that a group loads and stores reach at most this far into the frames behind it.
-    const pbInt least = map.channels < sourceChannels ? map.channels : sourceChannels;
-    const pbInt needed = group.frames + kLanes / least + 1;
-    for (; frames >= needed; frames -= group.frames) {
-        for (int i = 0; i < group.steps; ++i) {
-            const Step &step = group.step[i];
-            Store(dest + step.dest, Arrange(source + step.source, step.lanes));
+    const pbInt needed = group.frames + kLanes / std::min(shape.width, channels) + 1;
+    const pbInt destStep = group.frames * shape.width, sourceStep = group.frames * channels;
+    const pbInt whole = group.frames;
+    const Step *const end = group.steps + group.count;
+    const PCM_SAMPLE gain = shape.gain;
+    for (; group.fits && frames >= needed; frames -= whole) {
+        const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
+        for (const Step *step = group.steps; step != end; ++step) {
+            const Ints places = Load<Ints>(step->places);
+            Words words = {};
+            if constexpr (kKeeps)
+                words = Permuted(Load<Words>(source + step->source), places);
+            if constexpr (kRest == kSum)
+                words |= Permuted(sums, Load<Ints>(step->sums));
+            if constexpr (kRest == kUnchanged)
+                words |= Load<Words>(dest + step->dest) & (Words)(places < 0);
+            Store(dest + step->dest, words);
         }
-        dest += group.frames * map.channels;
-        source += group.frames * sourceChannels;
+        dest += destStep;
+        source += sourceStep;
     }
-    PickFrames(dest, map, source, sourceChannels, frames);
+    Plain(shape)(dest, shape, source, channels, frames);
 }
 
-/// Four channels or more: blocks of four frames and four channels are transposed, so that a vector holds one channel of
-/// neighbouring frames. The last block is of the last four channels, and those that were summed before are left out.
-PCM_TARGET void SumMany(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
+/// The loop of vectors for a shape. @return null where they do not pay: each would make few samples of dest
+PCM_TARGET MakeLoop *Vectors(const FrameShape &shape, pbInt channels, pbInt frames)
 {
-    for (; frames >= kLanes; frames -= kLanes, dest += kLanes, source += kLanes * channels) {
-        Floats sum = Zero();
-        for (pbInt done = 0; done < channels; done += 4) {
-            const pbInt start = done + 4 <= channels ? done : channels - 4;
-            const PCM_SAMPLE *const at = source + start;
-            const Floats a = LoadFours(at, 4 * channels), b = LoadFours(at + channels, 4 * channels),
-                         c = LoadFours(at + 2 * channels, 4 * channels), d = LoadFours(at + 3 * channels, 4 * channels);
-            const Floats ab = FirstPairs(a, b), cd = FirstPairs(c, d);
-            if (start == done)
-                sum = Add(sum, FirstHalves(ab, cd));
-            if (start + 1 >= done)
-                sum = Add(sum, LastHalves(ab, cd));
-            const Floats abLast = LastPairs(a, b), cdLast = LastPairs(c, d);
-            if (start + 2 >= done)
-                sum = Add(sum, FirstHalves(abLast, cdLast));
-            sum = Add(sum, LastHalves(abLast, cdLast));
-        }
-        Store(dest, sum);
+    if (frames < 2 * kLanes || shape.width > 64 || channels > 64)
+        return nullptr;
+    if (shape.rest == kSum && channels == 6)
+        return shape.kept ? MakeVectors<true, kSum, 6> : MakeVectors<false, kSum, 6>;
+    if (shape.rest == kSum)
+        return shape.kept ? MakeVectors<true, kSum> : MakeVectors<false, kSum>;
+    if (shape.rest == kUnchanged)
+        return shape.kept == 1 && shape.width == 2 && channels <= kLanes / 2 ? MakeVectors<true, kUnchanged> : nullptr;
+    return shape.mask > 1 || (channels <= 8 && shape.width <= 16) ? MakeVectors<true, kSilence> : nullptr;
+}
+
+/// Whole vectors for each frame: of the source, then of silence. What they overrun is written after them.
+PCM_TARGET void MakeRows(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
+                         pbInt frames)
+{
+    const pbInt width = shape.width, kept = shape.kept, needed = 2 + kLanes / std::min(width, channels);
+    Floats silence = {};
+    Hold(silence); // else GCC makes a call of memset for each frame
+    for (; frames >= needed; --frames, dest += width, source += channels) {
+        for (pbInt c = 0; c < kept; c += kLanes)
+            Store(dest + c, Load<Floats>(source + c));
+        for (pbInt c = kept; c < width; c += kLanes)
+            Store(dest + c, silence);
     }
-    SumFrames<0>(dest, source, channels, frames);
+    Plain(shape)(dest, shape, source, channels, frames);
+}
+
+PCM_TARGET void Make(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
+{
+    MakeLoop *loop = Constant(shape, channels);
+    if (!loop)
+        loop = Vectors(shape, channels, frames);
+    if (!loop)
+        loop = shape.rest == kSilence && shape.kept < shape.width ? MakeRows : Plain(shape);
+    loop(dest, shape, source, channels, frames);
+}
+
+#else
+
+PCM_TARGET void Make(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
+{
+    MakeLoop *const loop = Constant(shape, channels);
+    (loop ? loop : Plain(shape))(dest, shape, source, channels, frames);
 }
 
 #endif
 
-PCM_TARGET void Sum(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels, pbInt frames)
-{
-    switch (channels) {
-    case 1: return SumFrames<1>(dest, source, 1, frames);
-    case 2: return SumFrames<2>(dest, source, 2, frames);
-    case 3: return SumFrames<3>(dest, source, 3, frames);
-    default: return SumMany(dest, source, channels, frames);
-    }
-}
-
-constexpr Loops kLoops = {Pick, Copy, Sum};
+constexpr MakeLoop *kLoops = Make;

@@ -11,7 +11,6 @@
 #include <pb/pb_mem.h>
 
 #include <bit>
-#include <functional>
 #include <utility>
 
 using pcm::AsObj;
@@ -532,45 +531,9 @@ void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames)
 
 namespace {
 
-/// The frames with as many channels as there are in dest: the ones that both have, and silence.
-void CopyWithChannels(PCM_SAMPLE *dest, pbInt channels, PCM_PACKET *source)
-{
-    const pbInt both = channels < source->channels ? channels : source->channels;
-    if (channels > pcm::ChannelMap::kChannels) {
-        if (channels > both)
-            pcm___SamplesZero(dest, channels * source->frames);
-        return pcm::CopyChannels(dest, channels, source->backing, source->channels, both, source->frames);
-    }
-    pcm::ChannelMap map;
-    for (pbInt c = 0; c < channels; ++c)
-        map.Add(c < both ? c : -1);
-    pcm::PickChannels(dest, map, source->backing, source->channels, source->frames);
-}
-
-/// Every channel of a frame becomes the frame's sample of the mono source.
-void Repeat(PCM_SAMPLE *dest, pbInt channels, const PCM_SAMPLE *source, pbInt frames)
-{
-    if (channels > pcm::ChannelMap::kChannels) {
-        for (pbInt c = 0; c < channels; ++c)
-            pcm___SamplesChannelCopy(dest, c, channels, source, 0, 1, frames);
-        return;
-    }
-    pcm::ChannelMap map;
-    while (map.channels < channels)
-        map.Add(0);
-    pcm::PickChannels(dest, map, source, 1, frames);
-}
-
 pbInt HighestChannel(pbInt channelMask)
 {
     return 63 - std::countl_zero(static_cast<uint64_t>(channelMask));
-}
-
-/// Whether two runs of samples have none in common.
-bool Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples)
-{
-    const std::less_equal<> notAfter; // a total order, also across arrays
-    return notAfter(a + aSamples, b) || notAfter(b + bSamples, a);
 }
 
 } // namespace
@@ -590,7 +553,8 @@ void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels)
     PCM_SAMPLE *backing = nullptr;
     if (frames) {
         backing = AllocFrames(channels, frames);
-        CopyWithChannels(backing, channels, *pkt);
+        pcm::MakeFrames(backing, {.width = channels, .kept = pbIntMin(channels, (*pkt)->channels)}, (*pkt)->backing,
+                        (*pkt)->channels, frames);
     }
     pcm::MakePrivate(pkt, [channels](PCM_PACKET *) { return pcmPacketCreate(channels); });
     pbMemFree((*pkt)->backing);
@@ -608,17 +572,8 @@ PCM_PACKET *pcmPacketCreateFromWithChannels(PCM_PACKET *source, pbInt channels)
     if (channels == source->channels)
         return Ref<PCM_PACKET>::Share(source).Detach();
     auto pkt = pcm::CreateUnfilled(channels, source->frames);
-    if (channels == 1) {
-        pcm::SumChannels(pkt->backing, source->backing, source->channels, source->frames);
-        return pkt.Detach();
-    }
-    constexpr pbInt kRun = 1024;
-    PCM_SAMPLE sums[kRun];
-    for (pbInt done = 0; done < source->frames; done += kRun) {
-        const pbInt run = pbIntMin(kRun, source->frames - done);
-        pcm::SumChannels(sums, FrameAt(source, done), source->channels, run);
-        Repeat(FrameAt(pkt.get(), done), channels, sums, run);
-    }
+    pcm::MakeFrames(pkt->backing, {.width = channels, .rest = pcm::FrameShape::kSum}, source->backing, source->channels,
+                    source->frames);
     return pkt.Detach();
 }
 
@@ -631,12 +586,9 @@ PCM_PACKET *pcmPacketCreateFromWithChannelMask(PCM_PACKET *source, pbInt channel
     const pbInt channels = pbIntBitCount(channelMask);
     if (channels == source->channels)
         return Ref<PCM_PACKET>::Share(source).Detach();
-    pcm::ChannelMap map;
-    for (pbInt c = 0; c <= HighestChannel(channelMask); ++c)
-        if (channelMask >> c & 1)
-            map.Add(c);
     auto pkt = pcm::CreateUnfilled(channels, source->frames);
-    pcm::PickChannels(pkt->backing, map, source->backing, source->channels, source->frames);
+    pcm::MakeFrames(pkt->backing, {.width = channels, .kept = channels, .mask = static_cast<uint64_t>(channelMask)},
+                    source->backing, source->channels, source->frames);
     return pkt.Detach();
 }
 
@@ -676,17 +628,16 @@ void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pb
     if (empty)
         return;
     const pbInt destChannels = (*pkt)->channels;
-    PCM_SAMPLE *const dest = FrameAt(*pkt, destFrameOffset);
-    source += sourceFrameOffset * sourceChannelCount;
+    PCM_SAMPLE *const dest = FrameAt(*pkt, destFrameOffset) + destChannelOffset;
+    source += sourceFrameOffset * sourceChannelCount + sourceChannelOffset;
     // From the first sample of the rectangle to its last.
     const pbInt destSamples = (frames - 1) * destChannels + channels;
     const pbInt sourceSamples = (frames - 1) * sourceChannelCount + channels;
-    if (Apart(dest + destChannelOffset, destSamples, source + sourceChannelOffset, sourceSamples))
-        return pcm::CopyChannels(dest + destChannelOffset, destChannels, source + sourceChannelOffset,
-                                 sourceChannelCount, channels, frames);
+    if (pcm::Apart(dest, destSamples, source, sourceSamples))
+        return pcm::MakeFrames(dest, {.width = destChannels, .kept = channels, .rest = pcm::FrameShape::kUnchanged},
+                               source, sourceChannelCount, frames);
     for (pbInt c = 0; c < channels; ++c)
-        pcm___SamplesChannelCopy(dest, destChannelOffset + c, destChannels, source, sourceChannelOffset + c,
-                                 sourceChannelCount, frames);
+        pcm___SamplesChannelCopy(dest, c, destChannels, source, c, sourceChannelCount, frames);
 }
 
 void pcmPacketWriteChannels(PCM_PACKET **pkt, pbInt destChannelOffset, pbInt destFrameOffset, PCM_PACKET *source,

@@ -1,4 +1,4 @@
-// The sample kernels' loops, for one level (pcm_each_level.h). Plain loops: where dest and source overlap, the
+// The sample kernels' loops, for one instruction set (pcm_each_isa.h). Plain loops: where dest and source overlap, the
 // compiler's own run-time test keeps the ascending order.
 
 template <class Combine> PCM_TARGET inline void FlatRun(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
@@ -10,7 +10,7 @@ template <class Combine> PCM_TARGET inline void FlatRun(PCM_SAMPLE *dest, const 
 /// How many samples to do before the rest begins where a vector does, so that it crosses no line of the cache.
 PCM_TARGET inline pbInt Head(const PCM_SAMPLE *dest, pbInt samples)
 {
-    const auto head = static_cast<pbInt>(-reinterpret_cast<uintptr_t>(dest) % PCM_VECTOR / sizeof(PCM_SAMPLE));
+    const auto head = static_cast<pbInt>(-reinterpret_cast<uintptr_t>(dest) % 64 / sizeof(PCM_SAMPLE));
     return head < samples ? head : samples;
 }
 

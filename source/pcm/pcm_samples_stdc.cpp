@@ -1,11 +1,13 @@
 // Sample kernels: checks, then a straight loop that states what is computed.
 #include "../pb/pb_assert.h"
-#include "pcm_levels.h"
+#include "pcm_isa.h"
 
 #include <pcm/pcm_samples.h>
 
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
+
+#include <bit>
 
 namespace pcm {
 namespace {
@@ -35,11 +37,9 @@ struct Product {
 } // namespace pcm
 
 #define PCM_LOOPS "pcm_samples_loops.h"
-#include "pcm_each_level.h"
+#include "pcm_each_isa.h"
 
 namespace {
-
-const pcm::Loops loops = pcm::ForThisProcessor(pcm::base::kLoops, pcm::v3::kLoops, pcm::v4::kLoops);
 
 constexpr pbInt kSample = PB_SIZEOF(PCM_SAMPLE);
 
@@ -106,27 +106,28 @@ void pcm___SamplesAdd(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
 {
     CheckFlat(dest, source, samples);
 
-    loops.add(dest, source, samples);
+    pcm::loops.add(dest, source, samples);
 }
 
 void pcm___SamplesMul(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
 {
     CheckFlat(dest, source, samples);
 
-    loops.mul(dest, source, samples);
+    pcm::loops.mul(dest, source, samples);
 }
 
 void pcm___SamplesScale(PCM_SAMPLE *dest, pbInt samples, pbReal factor)
 {
     CheckFlat(dest, samples);
 
-    loops.scale(dest, samples, static_cast<PCM_SAMPLE>(factor));
+    pcm::loops.scale(dest, samples, static_cast<PCM_SAMPLE>(factor));
 }
 
 void pcm___SamplesChannelCopy(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                               pbInt sourceChannel, pbInt sourceChannels, pbInt frames)
 {
-    WalkChannels(loops.channelCopy, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
+    WalkChannels(pcm::loops.channelCopy, dest, destChannel, destChannels, source, sourceChannel, sourceChannels,
+                 frames);
 }
 
 void pcm___SamplesChannelZero(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, pbInt frames)
@@ -141,13 +142,13 @@ void pcm___SamplesChannelZero(PCM_SAMPLE *dest, pbInt destChannel, pbInt destCha
 void pcm___SamplesChannelAdd(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                              pbInt sourceChannel, pbInt sourceChannels, pbInt frames)
 {
-    WalkChannels(loops.channelAdd, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
+    WalkChannels(pcm::loops.channelAdd, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
 }
 
 void pcm___SamplesChannelMul(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                              pbInt sourceChannel, pbInt sourceChannels, pbInt frames)
 {
-    WalkChannels(loops.channelMul, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
+    WalkChannels(pcm::loops.channelMul, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
 }
 
 void pcm___SamplesChannelScale(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, pbInt frames, pbReal factor)

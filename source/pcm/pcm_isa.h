@@ -1,0 +1,31 @@
+// Instruction sets. A hot loop stands once, in a file `pcm_..._loops.h` that is compiled once for each set through
+// pcm_each_isa.h; a family keeps a table of its loops and chooses it when the library is loaded.
+#pragma once
+
+#if defined __x86_64__
+#include <immintrin.h>
+#elif defined __aarch64__
+#include <arm_neon.h>
+#endif
+
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+namespace pcm {
+
+/// What every processor of the architecture has, which includes NEON on aarch64; AVX2 and FMA; AVX-512 F, BW, CD, DQ,
+/// VL.
+enum class Isa { Base, Avx2, Avx512 };
+
+/// The last of those that this processor has.
+Isa BestIsa();
+
+/// This processor's table of a family's loops.
+template <class Table> const Table &ForThisProcessor(const Table &base, const Table &avx2, const Table &avx512)
+{
+    const Table *const tables[] = {&base, &avx2, &avx512};
+    return *tables[static_cast<int>(BestIsa())];
+}
+
+} // namespace pcm
