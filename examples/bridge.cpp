@@ -14,7 +14,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <optional>
 #include <string>
 #include <thread>
@@ -27,23 +26,10 @@
 
 namespace {
 
-constexpr char kHelp[] =
-    "Usage: bridge --parties N --port P [OPTION]...\n"
-    "A telephone conference over RTP: N parties send 20 ms packets to the UDP ports P, P + 2, P + 4 and so on, and "
-    "each\n"
-    "hears all the others. Ctrl-C ends it.\n"
-    "\n"
-    "  --encoding NAME[,NAME]...  of each party, that of the last also of all that follow: PCMU (without it), PCMA,\n"
-    "                             L16/8000, L16/16000, L16/44100, L16/48000, or L16 at the rate of --rate\n"
-    "  --payload-type N           of L16 but at 44100 Hz: 96 to 127, without it 96\n"
-    "  --level DB[,DB]...         makes each party louder or softer, that of the last also all that follow\n"
-    "  --delay MS                 how long packets wait for those that come late: 0 to 200, without it 60\n"
-    "  --rate HZ                  of the recording, without it that of the first party\n"
-    "  --record FILE              writes down what all say together: a .wav, .au or .raw of 16 bits\n"
-    "  --seconds S                ends after so many\n"
-    "  --address A                where to listen; without it 127.0.0.1, which only this machine reaches\n"
-    "  --to A:P                   sends to the ports P, P + 2 ... of A, and not to where a party's packets come from\n"
-    "  --help                     print this and do nothing\n";
+const ProgramText kText = {
+    "bridge", "Usage: bridge --parties N --port P [OPTION]...\n"
+              "A telephone conference over RTP. N parties send packets, mostly of 20 ms, to the UDP ports P, P + 2,\n"
+              "P + 4 and so on, and each hears all the others. Ctrl-C ends it.\n"};
 
 struct Options {
     pbInt parties = 0, port = 0, payloadType = 96, delay = 60, rate = 0;
@@ -78,49 +64,47 @@ RtpFormat FormatOf(std::string name, const Options &options)
     return format;
 }
 
-/// @return nothing when only help was asked for
+/// @return nothing when only the help or the version was asked for
 std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
 {
     Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const auto &argument = arguments[i];
-        const auto value = [&] {
-            if (++i == arguments.size())
-                throw Failure(argument + " lacks its value; see bridge --help");
-            return arguments[i];
-        };
-        if (argument == "--help")
-            return std::nullopt;
-        if (argument == "--parties")
-            options.parties = CountOf(argument, value(), 1, 1000); // sockets that a process may open as a rule
-        else if (argument == "--port")
-            options.port = CountOf(argument, value(), 1, kHighestPort);
-        else if (argument == "--encoding")
-            options.encodings = value();
-        else if (argument == "--payload-type")
-            options.payloadType = CountOf(argument, value(), 96, 127);
-        else if (argument == "--level")
-            options.levels = value();
-        else if (argument == "--delay")
-            options.delay = CountOf(argument, value(), 0, 200);
-        else if (argument == "--rate")
-            options.rate = CountOf(argument, value(), 8000, 48000);
-        else if (argument == "--record")
-            options.record = value();
-        else if (argument == "--seconds")
-            options.seconds = NumberOf(argument, value(), 0.02, options.seconds);
-        else if (argument == "--address")
-            options.address = value();
-        else if (argument == "--to") {
-            const std::string to = value();
-            const std::size_t colon = std::min(to.rfind(':'), to.size());
-            options.to.emplace(to.substr(0, colon),
-                               CountOf("--to A:P as P", to.substr(std::min(colon + 1, to.size())), 1, kHighestPort));
-        } else
-            throw Failure("unknown option '" + argument + "'; see bridge --help");
-    }
-    if (!options.parties || !options.port)
-        throw Failure("needs --parties and --port; see bridge --help");
+    const auto words =
+        WordsOf(kText,
+                {{"--parties", "N", "how many, 1 to 1000",
+                  [&](auto &name, auto &value) { options.parties = CountOf(name, value, 1, 1000); }},
+                 {"--port", "P", "the first party's port",
+                  [&](auto &name, auto &value) { options.port = CountOf(name, value, 1, kHighestPort); }},
+                 {"--encoding", "NAME[,NAME]...",
+                  "of each party, the last also of all that follow: PCMU, PCMA, L16/8000, L16/16000,\n"
+                  "L16/44100, L16/48000, or L16 at the rate of --rate; default PCMU",
+                  [&](auto &, auto &value) { options.encodings = value; }},
+                 {"--payload-type", "N", "of L16 at other rates than 44100, 96 to 127; default 96",
+                  [&](auto &name, auto &value) { options.payloadType = CountOf(name, value, 96, 127); }},
+                 {"--level", "DB[,DB]...",
+                  "raise the level of each party by so many decibels, or lower it: -200 to 40;\n"
+                  "the last also of all that follow",
+                  [&](auto &, auto &value) { options.levels = value; }},
+                 {"--delay", "MS", "how long packets wait for those that come late: 0 to 200; default 60",
+                  [&](auto &name, auto &value) { options.delay = CountOf(name, value, 0, 200); }},
+                 {"--rate", "HZ", "frames per second of the recording; default: as of the first party",
+                  [&](auto &name, auto &value) { options.rate = CountOf(name, value, 8000, 48000); }},
+                 {"--record", "FILE", "record all parties together, 16 bits in a .wav, .au or .raw file",
+                  [&](auto &, auto &value) { options.record = value; }},
+                 {"--seconds", "S", "end after so many",
+                  [&](auto &name, auto &value) { options.seconds = NumberOf(name, value, 0.02, options.seconds); }},
+                 {"--address", "A", "where to listen; default 127.0.0.1, which only this machine reaches",
+                  [&](auto &, auto &value) { options.address = value; }},
+                 {"--to", "A:P", "send to the ports P, P + 2 ... of A, and not to where a party's packets come from",
+                  [&](auto &name, auto &value) {
+                      const std::size_t colon = std::min(value.rfind(':'), value.size());
+                      const std::string port = value.substr(std::min(colon + 1, value.size()));
+                      options.to.emplace(value.substr(0, colon), CountOf(name + " A:P as P", port, 1, kHighestPort));
+                  }}},
+                arguments);
+    if (!words)
+        return std::nullopt;
+    if (!options.parties || !options.port || !words->empty())
+        throw Failure("needs --parties and --port, and takes nothing but options; see bridge --help");
     if (std::max(options.port, options.to ? options.to->second : 0) + 2 * (options.parties - 1) > kHighestPort)
         throw Failure("so many parties need more ports than there are from this one on");
     return options;
@@ -156,14 +140,8 @@ class Socket {
 public:
     explicit Socket(Address address) : fd_(socket(address.bytes.ss_family, SOCK_DGRAM | SOCK_NONBLOCK, 0))
     {
-        if (fd_ < 0 || bind(fd_, address.Get(), address.length) != 0)
+        if (!fd_ || bind(fd_.Get(), address.Get(), address.length) != 0)
             throw Failure(std::strerror(errno));
-    }
-    Socket(Socket &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-    ~Socket()
-    {
-        if (fd_ >= 0)
-            close(fd_);
     }
 
     /// Hands over what has come, at most a batch of it. What is longer than any packet comes cut off.
@@ -172,7 +150,7 @@ public:
         static std::byte bytes[20480]; // 200 ms of L16 at 48000 Hz are 19200
         for (int i = 0; i < 32; ++i) {
             Address from;
-            const auto length = recvfrom(fd_, bytes, sizeof bytes, 0, from.Get(), &from.length);
+            const auto length = recvfrom(fd_.Get(), bytes, sizeof bytes, 0, from.Get(), &from.length);
             if (length < 0)
                 break;
             take(std::span<const std::byte>(bytes, static_cast<std::size_t>(length)), from);
@@ -182,11 +160,11 @@ public:
     /// @return whether the kernel took it
     bool Send(std::span<const std::byte> datagram, Address &to)
     {
-        return sendto(fd_, datagram.data(), datagram.size(), 0, to.Get(), to.length) >= 0;
+        return sendto(fd_.Get(), datagram.data(), datagram.size(), 0, to.Get(), to.length) >= 0;
     }
 
 private:
-    int fd_;
+    Descriptor fd_;
 };
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -201,7 +179,7 @@ std::vector<Party> PartiesOf(const Options &options)
     std::vector<Party> parties;
     for (std::size_t i = 0; i < static_cast<std::size_t>(options.parties); ++i) {
         const RtpFormat format = FormatOf(ItemOf(options.encodings, i), options);
-        parties.emplace_back(format, options.delay, NumberOf("--level", ItemOf(options.levels, i), -200.0, 200.0));
+        parties.emplace_back(format, options.delay, NumberOf("--level", ItemOf(options.levels, i), -200.0, 40.0));
         for (const pbInt rate : {parties.front().Format().rate, options.rate ? options.rate : format.rate})
             if (!CanConvert(format.rate, rate))
                 throw Failure("there is no filter between " + std::to_string(format.rate) + " Hz and " +
@@ -225,13 +203,16 @@ public:
             if (options.to)
                 lines_.back().to = AddressOf(options.to->first, options.to->second + 2 * i);
         }
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) // before the recorder sets its own, which gives the file up
+            if (std::signal(signal, OnInterrupt) == SIG_IGN)
+                std::signal(signal, SIG_IGN);
         if (!options.record.empty()) {
-            const SampleFormat &format = UsualFormat(ContainerOf(options.record), PCM_ENCODING_INT_16);
-            recorder_.emplace(options.record, ContainerOf(options.record), format, conference_.Rate(), 1);
+            const int container = ContainerOf(options.record);
+            const SampleFormat &format = UsualFormat(container, PCM_ENCODING_INT_16);
+            recorder_.emplace(options.record, container, format, conference_.Rate(), 1);
             recorded_ = format.encoding;
         }
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) // in place of the recorder's, which gives the file up
-            std::signal(signal, OnInterrupt);
+        report_ = ReportFile(options.record);
     }
 
     /// Until so many ticks are over, or somebody ends it.
@@ -253,7 +234,7 @@ public:
             recorder_->Finish();
         if (terminal)
             std::fputs("\r\033[K", stderr);
-        std::puts(Status().c_str());
+        std::fprintf(report_, "%s\n", Status().c_str());
     }
 
 private:
@@ -335,26 +316,24 @@ private:
     std::vector<Line> lines_;
     std::optional<AudioWriter> recorder_;
     pcm::Encoding recorded_;
+    FILE *report_ = stdout;
     pbInt ticks_ = 0, sent_ = 0, strange_ = 0;
     double load_ = 0;     // 1: a whole tick
     double mostLate_ = 0; // milliseconds
 };
 
+void Run(const std::vector<std::string> &arguments)
+{
+    const auto options = ParseArguments(arguments);
+    if (!options)
+        return;
+    const pcm::Module module;
+    Bridge(*options).Run(static_cast<pbInt>(options->seconds * kTicksPerSecond));
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    try {
-        const auto options = ParseArguments({argv + 1, argv + argc});
-        if (!options) {
-            std::fputs(kHelp, stdout);
-            return 0;
-        }
-        const pcm::Module module;
-        Bridge(*options).Run(static_cast<pbInt>(options->seconds * kTicksPerSecond));
-        return 0;
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "bridge: %s\n", failure.what());
-        return 1;
-    }
+    return RunProgram(kText, [&] { Run({argv + 1, argv + argc}); });
 }

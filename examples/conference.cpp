@@ -219,8 +219,11 @@ std::size_t Conference::BusOf(pbInt rate)
    That nothing of its own voice stays behind: what G.711 and L16 decode to are whole multiples of 2^-15 in [-1, 1], and
    single precision holds all such multiples up to 512. So as long as a bus has at most 512 parties, none at a level of
    its own, its sum is exact in any order, and so is the difference. Otherwise, and where a filter has added other
-   buses, an operation rounds by at most 2^-24 of its result: for a sum at full scale by a thousandth of a step of 16
-   bits. A sum beyond full scale is not clamped, or a loud voice would be heard again where it is taken away; encoding
+   buses, an operation rounds by at most 2^-24 of its result: for a sum at full scale by less than a thousandth of a
+   step of 16 bits, and for one that a level has raised by 40 dB by an eighth. NaN and infinity do not come in these
+   formats.
+
+   A sum beyond full scale is not clamped, or a loud voice would be heard again where it is taken away; encoding
    saturates.
 */
 void Conference::Tick()

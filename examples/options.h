@@ -1,5 +1,5 @@
-// The command line of a program, for tones and transcode: a table of options from which the arguments are read and the
-// help is printed.
+// The command line of a program, for bridge, tones and transcode: a table of options from which the arguments are read
+// and the help is printed.
 #pragma once
 
 #include "audio_file.h"
@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 struct Option {
@@ -22,9 +23,9 @@ struct Option {
     std::function<void(const std::string &option, const std::string &value)> take;
 };
 
-/// A program's name, its help before the options, and the default of --encoding in words.
+/// A program's name, its help before the options, and, if it makes a file, the default of --encoding in words.
 struct ProgramText {
-    std::string name, usage, encoding;
+    std::string name, usage, encoding = "";
 };
 
 /// What a program is told about its output.
@@ -48,6 +49,8 @@ inline void PrintHelp(const ProgramText &program, const std::vector<Option> &opt
             help.insert(at + 1, width + 4, ' ');
         std::printf("  %-*s  %s\n", static_cast<int>(width), (option.name + ' ' + option.value).c_str(), help.c_str());
     }
+    if (program.encoding.empty())
+        return;
     std::printf("\nOUTPUT is a .wav file, an .au file, or a .raw file, which is samples without a header. It gets its\n"
                 "name when it is complete. As a file name, - is standard input or standard output, to which a .wav\n"
                 "goes unless --type says otherwise.\n"
@@ -64,14 +67,10 @@ inline void PrintHelp(const ProgramText &program, const std::vector<Option> &opt
    @return the arguments that are no options; nothing when only the help or the version was asked for, which is printed
 */
 inline std::optional<std::vector<std::string>> WordsOf(const ProgramText &program, std::vector<Option> options,
-                                                       OutputOptions &output, const std::vector<std::string> &arguments)
+                                                       const std::vector<std::string> &arguments)
 {
     const std::string seeHelp = "; see " + program.name + " --help";
     bool onlyAsked = false;
-    options.push_back({"--encoding", "NAME", "how OUTPUT holds its samples; default: " + program.encoding,
-                       [&](auto &, auto &value) { output.format = &SampleFormatNamed(value); }});
-    options.push_back({"--type", "NAME", "what OUTPUT is, whatever its name: wav, au or raw",
-                       [&](auto &, auto &value) { output.container = ContainerNamed(value); }});
     options.push_back({"--help", "", "print this and do nothing; also -h", [&](auto &, auto &) {
                            PrintHelp(program, options);
                            onlyAsked = true;
@@ -112,6 +111,17 @@ inline std::optional<std::vector<std::string>> WordsOf(const ProgramText &progra
     if (onlyAsked)
         return std::nullopt;
     return words;
+}
+
+/// The same with the options of a program that makes a file.
+inline std::optional<std::vector<std::string>> WordsOf(const ProgramText &program, std::vector<Option> options,
+                                                       OutputOptions &output, const std::vector<std::string> &arguments)
+{
+    options.push_back({"--encoding", "NAME", "how OUTPUT holds its samples; default: " + program.encoding,
+                       [&](auto &, auto &value) { output.format = &SampleFormatNamed(value); }});
+    options.push_back({"--type", "NAME", "what OUTPUT is, whatever its name: wav, au or raw",
+                       [&](auto &, auto &value) { output.container = ContainerNamed(value); }});
+    return WordsOf(program, std::move(options), arguments);
 }
 
 /// @return the number that an option was given; throws Failure when it is none, or out of range

@@ -39,7 +39,7 @@ start send $((port + 4)) -f lavfi -i "$(tone 1723 16000)" -c:a pcm_s16be -payloa
 start send $((port + 20)) -i "$work/dtmf.wav" -af asetnsamples=160 -c:a pcm_mulaw
 "$bridge" --parties 1 --port $port 2>&1 | grep -q "cannot listen on port $port" || { echo "takes a port twice"; exit 1; }
 wait $r0 && wait $r1 && wait $r2 && wait $r3
-kill -INT $conference
+kill $conference
 wait $conference
 ffmpeg $quiet -i "$work/all.wav" -f s16le "$work/3"
 
