@@ -22,6 +22,7 @@ constexpr pbInt kSlots = 4;           // objects of a sort; the last place stays
 
 std::jmp_buf back;
 bool calling = false, exhausted = false;
+thread_local bool tested = false; // libFuzzer has a thread of its own, whose blocks are none of the input's
 
 // Blocks of the input at hand.
 const volatile void *blocks[1 << 14];
@@ -29,13 +30,13 @@ std::size_t blockCount = 0;
 
 void Made(const volatile void *block, std::size_t)
 {
-    if (calling && blockCount < std::size(blocks))
+    if (tested && calling && blockCount < std::size(blocks))
         blocks[blockCount++] = block;
 }
 
 void Freed(const volatile void *block)
 {
-    for (std::size_t i = blockCount; i-- > 0;)
+    for (std::size_t i = tested ? blockCount : 0; i-- > 0;)
         if (blocks[i] == block) {
             blocks[i] = blocks[--blockCount];
             return;
@@ -344,6 +345,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
+    tested = true;
     Random random(std::span(data, size));
     input = &random;
     exhausted = false;
