@@ -107,7 +107,7 @@ template <int kCount> PCM_TARGET inline auto LoadFours(const PCM_SAMPLE *source,
     }
 }
 
-/// Of each four samples of a and b: those with the numbers kFirst and kSecond of both, in turn or one after the other.
+/// Of each four samples of a and b, two from kFirst on: Pairs takes them in turn from both, Halves those of a first.
 template <int kFirst, int... kAt> PCM_TARGET inline Floats Pairs(Floats a, Floats b, Numbers<kAt...>)
 {
     return __builtin_shufflevector(a, b, (kAt % 2 * kLanes + kAt / 4 * 4 + kFirst + kAt % 4 / 2)...);
@@ -188,7 +188,7 @@ struct Group {
                         return;
                     }
                     Step &next = steps[count++];
-                    Store(next.places, Ints{} - 1); // lanes that the step does not reach stay what they were
+                    Store(next.places, Ints{} - 1); // lanes that the step does not reach are the next one's
                     Store(next.sums, Ints{} - 1);
                     next.source = 0;
                     next.dest = to;
