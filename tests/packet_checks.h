@@ -6,26 +6,6 @@
 #include <algorithm>
 #include <limits>
 
-/// Samples among which all that are not ordinary numbers appear.
-inline Samples OddRun(Random &random, pbInt count)
-{
-    using Limits = std::numeric_limits<float>;
-    const Samples odd = {0.0f,
-                         -0.0f,
-                         Limits::infinity(),
-                         -Limits::infinity(),
-                         Limits::quiet_NaN(),
-                         std::bit_cast<float>(0xFFC12345u),
-                         Limits::denorm_min(),
-                         Limits::max(),
-                         1.5f};
-    Samples samples = random.Run(count);
-    for (PCM_SAMPLE &sample : samples)
-        if (random.OneIn(6))
-            sample = odd[static_cast<std::size_t>(random.From(0, static_cast<pbInt>(odd.size()) - 1))];
-    return samples;
-}
-
 /// The average of a frame. Volatile: one rounding for each operation, in order, whatever the compiler would like.
 inline PCM_SAMPLE Downmix(const Frame &frame)
 {
@@ -45,7 +25,7 @@ inline uint32_t Result(PCM_SAMPLE sample)
 /// A packet whose samples lie at the very end of their block, which the sanitizers watch, and a second holder.
 struct Subject {
     Subject(Random &random, pbInt channels, pbInt frames)
-        : samples(OddRun(random, channels * frames)), pkt(samples, channels), holder(pkt.Get())
+        : samples(random.OddRun(channels * frames)), pkt(samples, channels), holder(pkt.Get())
     {
     }
     ~Subject()

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <dlfcn.h>
@@ -114,6 +115,18 @@ inline std::vector<uint32_t> BitsOf(const Samples &samples)
     return bits;
 }
 
+/// Equal bits, or NaN and NaN: which of its many patterns arithmetic gives a NaN is the processor's affair.
+inline testing::AssertionResult Same(const Samples &actual, const Samples &expected)
+{
+    if (actual.size() != expected.size())
+        return testing::AssertionFailure() << actual.size() << " samples, not " << expected.size();
+    for (std::size_t i = 0; i < actual.size(); ++i)
+        if (std::bit_cast<uint32_t>(actual[i]) != std::bit_cast<uint32_t>(expected[i]) &&
+            !(std::isnan(actual[i]) && std::isnan(expected[i])))
+            return testing::AssertionFailure() << "sample " << i << " is " << actual[i] << ", not " << expected[i];
+    return testing::AssertionSuccess();
+}
+
 /// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it. Or the input is what
 /// somebody else chooses: bytes, and zeros behind them.
 class Random {
@@ -145,11 +158,32 @@ public:
         return given_ ? static_cast<float>(From(-128, 127)) / 128
                       : std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_);
     }
+    /// A sample that is no ordinary one: an edge, tiny, huge, or any bits at all.
+    PCM_SAMPLE Odd()
+    {
+        constexpr uint32_t edges[] = {0x00000000, 0x80000000, 0x7F800000, 0xFF800000, 0x7FC00000, 0xFFC12345,
+                                      0x7F812345, 0x00000001, 0x7F7FFFFF, 0x3F800000, 0xBF800000, 0x3FC00000};
+        switch (From(0, 3)) {
+        case 0: return std::bit_cast<float>(static_cast<uint32_t>(Bits()));
+        case 1: return Sample() * 1e-38f;
+        case 2: return Sample() * 3e38f;
+        default: return std::bit_cast<float>(edges[From(0, std::ssize(edges) - 1)]);
+        }
+    }
     Samples Run(pbInt count)
     {
         Samples samples;
         for (pbInt i = 0; i < count; ++i)
             samples.push_back(Sample());
+        return samples;
+    }
+    /// Samples of which every sixth or so is odd.
+    Samples OddRun(pbInt count)
+    {
+        Samples samples = Run(count);
+        for (PCM_SAMPLE &sample : samples)
+            if (OneIn(6))
+                sample = Odd();
         return samples;
     }
 
