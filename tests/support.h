@@ -21,24 +21,16 @@ using Samples = std::vector<PCM_SAMPLE>;
 using Frame = std::vector<PCM_SAMPLE>;
 using Bytes = std::vector<uint8_t>;
 
-/// Expects the statement to end the process with exactly this expression, reported from a file of the libraries.
-#define EXPECT_ABORT(statement, expression) EXPECT_ABORT_IN(statement, "", expression)
-
-/// The same, saying what was being done.
-#define EXPECT_ABORT_IN(statement, context, expression)                                                                \
-    EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT),                                                         \
-                AbortLine("source/p(b|cm)/[a-z0-9_]+", context, expression))
-
-/// The same, with the file in which the check stands, such as "source/pcm/pcm_packet".
-#define EXPECT_ABORT_AT(statement, file, expression)                                                                   \
-    EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT), AbortLine(file, "", expression))
+/// Expects the statement to end the process with this expression, or with "context: expression", reported from a file
+/// such as "source/pcm/pcm_packet".
+#define EXPECT_ABORT(statement, file, expression)                                                                      \
+    EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT), AbortLine(file, expression))
 
 /// Matches the one line that an abort prints.
-inline testing::Matcher<const std::string &> AbortLine(const std::string &file, const std::string &context,
-                                                       const std::string &expression)
+inline testing::Matcher<const std::string &> AbortLine(const std::string &file, const std::string &expression)
 {
     std::string quoted;
-    for (const char c : context.empty() ? expression : context + ": " + expression) {
+    for (const char c : expression) {
         if (std::string_view("\\^$.|?*+()[]{}").find(c) != std::string_view::npos)
             quoted += '\\';
         quoted += c;
@@ -149,10 +141,7 @@ public:
         return static_cast<pbInt>(static_cast<uint64_t>(low) + (span == UINT64_MAX ? bits : bits % (span + 1)));
     }
     bool OneIn(pbInt n) { return From(1, n) == 1; }
-    template <class T> T &Of(std::vector<T> &items)
-    {
-        return items[static_cast<std::size_t>(From(0, static_cast<pbInt>(items.size()) - 1))];
-    }
+    template <class T> auto &Of(T &items) { return items[static_cast<std::size_t>(From(0, std::ssize(items) - 1))]; }
     PCM_SAMPLE Sample()
     {
         return given_ ? static_cast<float>(From(-128, 127)) / 128
