@@ -40,7 +40,8 @@ public:
             ExpectExactly(pkt.Encode(to), expected);
         }
 
-        Bytes out(expected.size() + (pcmEncodingNormalize(to) ? random_.Bits() % 8 : 0)); // PCM_SAMPLE is aligned
+        const pbInt shift = pcmEncodingNormalize(to) ? random_.From(0, 7) : 0; // PCM_SAMPLE is aligned
+        Bytes out(expected.size() + static_cast<std::size_t>(shift));
         const auto at = std::as_writable_bytes(std::span(out)).last(expected.size());
         ASSERT_EQ(pcm::Convert(at, to, buffer.Bytes(), from), std::ssize(samples));
         ASSERT_TRUE(std::ranges::equal(at, std::as_bytes(std::span(expected))));
