@@ -8,19 +8,20 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
-/// What the flags of an encoding say, without the library.
+/// What the flags of an encoding say, without the library. In each group the lowest flag counts.
 struct Plain {
     pbInt type, bytes, container, offset;
     bool isUnsigned, big;
 
     explicit Plain(PCM_ENCODING encoding)
     {
-        type = encoding & 0x7F;
+        type = encoding & 0x7F & -(encoding & 0x7F);
         bytes = type & 7 ? 1 : type == PCM_ENCODING_INT_16 ? 2 : type == PCM_ENCODING_INT_24 ? 3 : 4;
         pbInt pack = 1;
-        for (pbInt i = 0; i < 7; ++i)
+        for (pbInt i = 6; i >= 0; --i)
             if (encoding & (PCM_ENCODING_PACK_16 << i))
                 pack = 2 + i;
         container = std::max(bytes, pack);
@@ -31,40 +32,21 @@ struct Plain {
         offset = last ? container - bytes : 0;
     }
 
-    bool IsG711() const { return type == PCM_ENCODING_G711_ALAW || type == PCM_ENCODING_G711_MULAW; }
+    bool IsAlaw() const { return type == PCM_ENCODING_G711_ALAW; }
+    bool IsG711() const { return IsAlaw() || type == PCM_ENCODING_G711_MULAW; }
     bool IsFloat() const { return type == 0 || type == PCM_ENCODING_FLOAT_32; }
 
     uint32_t CodeOf(float s) const
     {
         if (IsFloat())
             return std::bit_cast<uint32_t>(s);
-        if (IsG711()) {
-            const auto &table = type == PCM_ENCODING_G711_ALAW ? pcm___EncodeG711AlawTable : pcm___EncodeG711MulawTable;
-            const float v = s * 32768.0f;
-            if (v <= -32768.0f)
-                return type == PCM_ENCODING_G711_ALAW ? 0x2A : 0x00;
-            if (v >= 32767.0f)
-                return type == PCM_ENCODING_G711_ALAW ? 0xAA : 0x80;
-            const int x = std::isnan(v) ? 0 : static_cast<int>(v);
-            return x >= 0 ? table[x >> 3] | 0x80u : table[-x >> 3];
-        }
-        uint32_t n = 0;
-        if (isUnsigned) {
-            const float v = std::fma(s, 2147483648.0f, 2147483648.0f);
-            if (v >= 4294967296.0f)
-                n = 0xFFFFFFFF;
-            else if (v > 0.0f)
-                n = static_cast<uint32_t>(v);
-        } else {
-            const float v = s * 2147483648.0f;
-            if (v <= -2147483648.0f)
-                n = 0x80000000;
-            else if (v >= 2147483648.0f)
-                n = 0x7FFFFFFF;
-            else if (!std::isnan(v))
-                n = static_cast<uint32_t>(static_cast<int32_t>(v));
-        }
-        return n >> (32 - 8 * bytes);
+        const float full = IsG711() ? 0x1p15f : 0x1p31f, zero = isUnsigned && !IsG711() ? full : 0.0f;
+        const float v = std::fma(s, full, zero);
+        const auto n = std::isnan(v) ? 0 : static_cast<int64_t>(std::clamp<double>(v, zero - full, zero + full - 1.0));
+        if (!IsG711())
+            return static_cast<uint32_t>(n) >> (32 - 8 * bytes);
+        const auto &table = IsAlaw() ? pcm___EncodeG711AlawTable : pcm___EncodeG711MulawTable;
+        return table[std::abs(n) >> 3] | (n >= 0 ? 0x80u : 0u);
     }
 
     float ValueOf(uint32_t code) const
@@ -72,14 +54,11 @@ struct Plain {
         if (IsFloat())
             return std::bit_cast<float>(code);
         if (IsG711())
-            return static_cast<float>((type == PCM_ENCODING_G711_ALAW ? pcm___DecodeG711AlawTable
-                                                                      : pcm___DecodeG711MulawTable)[code]) *
-                   3.0517578125e-05f;
-        const auto scale = static_cast<float>(std::ldexp(1.0, static_cast<int>(1 - 8 * bytes)));
-        if (isUnsigned)
-            return std::fma(static_cast<float>(code), scale, -1.0f);
+            return (IsAlaw() ? pcm___DecodeG711AlawTable : pcm___DecodeG711MulawTable)[code] / 32768.0f;
         const auto shift = static_cast<int>(32 - 8 * bytes);
-        return static_cast<float>(static_cast<int32_t>(code << shift) >> shift) * scale;
+        const float step = std::ldexp(1.0f, shift - 31);
+        return isUnsigned ? std::fma(static_cast<float>(code), step, -1.0f)
+                          : static_cast<float>(static_cast<int32_t>(code << shift) >> shift) * step;
     }
 
     pbInt PlaceOf(pbInt sample, pbInt significance) const // significance 0: least
@@ -90,20 +69,21 @@ struct Plain {
     std::vector<uint8_t> Encode(const std::vector<float> &samples) const
     {
         std::vector<uint8_t> out(samples.size() * static_cast<std::size_t>(container), 0);
-        for (std::size_t k = 0; k < samples.size(); ++k)
+        for (pbInt k = 0; k < std::ssize(samples); ++k) {
+            const uint32_t code = CodeOf(samples.begin()[k]);
             for (pbInt b = 0; b < bytes; ++b)
-                out[static_cast<std::size_t>(PlaceOf(static_cast<pbInt>(k), b))] =
-                    static_cast<uint8_t>(CodeOf(samples[k]) >> (8 * b));
+                out.begin()[PlaceOf(k, b)] = static_cast<uint8_t>(code >> (8 * b));
+        }
         return out;
     }
 
     std::vector<float> Decode(const std::vector<uint8_t> &in) const
     {
         std::vector<float> samples;
-        for (pbInt k = 0; k < static_cast<pbInt>(in.size()) / container; ++k) {
+        for (pbInt k = 0; k < std::ssize(in) / container; ++k) {
             uint32_t code = 0;
             for (pbInt b = 0; b < bytes; ++b)
-                code |= static_cast<uint32_t>(in[static_cast<std::size_t>(PlaceOf(k, b))]) << (8 * b);
+                code |= static_cast<uint32_t>(in.begin()[PlaceOf(k, b)]) << (8 * b);
             samples.push_back(ValueOf(code));
         }
         return samples;
