@@ -66,7 +66,7 @@ pbInt AnyNumber()
 
 void CallAny(const Operation &operation)
 {
-    Word words[8] = {}; // arrays are null unless every number is small, as what is too much for them must be refused
+    Word words[9] = {}; // arrays are null unless every number is small, as what is too much for them must be refused
     bool small = !input->OneIn(8);
     for (std::size_t i = 0; i < operation.arguments.size(); ++i) {
         const auto [kind, sort] = operation.arguments[i];
