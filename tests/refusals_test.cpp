@@ -25,6 +25,9 @@ PCM_FILTER **f, *noFilter;
 PCM_FILTER_COEFFICIENTS *taps;
 PCM_TONE *t;
 PB_OBJ *string; // of no sort of the library
+PB_ENUM *noEnum;
+PB_FLAGSET *noFlags;
+PB_VECTOR *noVector;
 PCM_SAMPLE *const none = nullptr, array[8] = {};
 PCM_SAMPLE room[8];
 
@@ -164,6 +167,7 @@ TEST(Refusals, OfChannels)
         P(CreateFromWithChannelMask(d, 5), kHighest), P(CreateFromWithChannelMask(d, kLeast), kHighest),
         R(pcmPacketWriteChannelsSamples(&noPacket, -1, -1, none, -1, -1, -1, -1, -1), "*pkt"),
         W(-1, -1, none, -1, -1, -1, -1, -1, "destChannelOffset >= 0"),
+        W(kMost, -1, none, -1, -1, -1, 1, -1, "PB_INT_ADD_OK( destChannelOffset, channels )"),
         W(1, -1, none, -1, -1, -1, kMost, -1, "PB_INT_ADD_OK( destChannelOffset, channels )"),
         W(1, -1, none, -1, -1, -1, 2, -1, "destChannelOffset + channels <= (*pkt)->channels"),
         W(1, -1, none, -1, -1, -1, 1, -1, "destFrameOffset >= 0"),
@@ -303,6 +307,8 @@ TEST(Refusals, OfTheRuntime)
     Check("source/pb/pb_[a-z]+", {
         R(pbBufferCreateFromBytesUse(none, -1), "length >= 0"),
         R(pbEnumGenerate(pcm___FilterTypeEnum, 7), "known != enm->end()"),
+        R(pbVectorAppendObj(&noVector, nullptr), "*vec"), R(pbEnumSetEnumerantCstr(&noEnum, nullptr, -1, 0), "*enm"),
+        R(pbFlagsetSetFlagCstr(&noFlags, nullptr, -1, 0), "*flags"),
         R(pbFlagsetHasFlagCstr(nullptr, nullptr, -1), "flags"), R(pbMemAllocN(-1, -1), "count >= 0"),
         R(pbMemAllocN(1, -1), "size >= 0"), R(pbMemAllocN(kHalf, 4), kSize), R(pbMemAlloc(-1), "count >= 0"),
         R(pbMemAlloc(kMost), "memory"), R(pbMemCopyN(none, none, 1, 1), "dest"),
