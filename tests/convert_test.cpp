@@ -74,35 +74,59 @@ TEST(G711, TablesAreTheRecommendations)
     }
 }
 
-/// Containers of their own size are converted as vectors, wider ones one sample at a time.
+/// Compares what the library makes of these samples, and of these codes, with the plain definition. Containers of their
+/// own size are converted as vectors, wider ones one sample at a time.
+void CheckCodecs(const Samples &samples, const std::vector<uint32_t> &codes, std::initializer_list<PCM_ENCODING> packs)
+{
+    for (const PCM_ENCODING type : {1, 2, 4, 8, 16, 32, 64})
+        for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED})
+            for (const PCM_ENCODING pack : packs) {
+                const PCM_ENCODING encoding = type | sign | pack;
+                const Plain plain(encoding);
+                Bytes bytes(samples.size() * static_cast<std::size_t>(plain.container), 0xA5);
+                pcm___Convert(bytes.data(), encoding, samples.data(), 0, std::ssize(samples));
+                ASSERT_TRUE(bytes == plain.Encode(samples)) << encoding;
+
+                bytes.assign(codes.size() * static_cast<std::size_t>(plain.container), 0xA5);
+                for (pbInt i = 0; i < std::ssize(codes); ++i)
+                    for (pbInt byte = 0; byte < plain.bytes; ++byte)
+                        bytes.begin()[plain.PlaceOf(i, byte)] =
+                            static_cast<uint8_t>(codes.begin()[i] >> 8 * (4 - plain.bytes + byte));
+                Samples decoded(codes.size(), 9.0f);
+                pcm___Convert(decoded.data(), 0, bytes.data(), encoding, std::ssize(decoded));
+                ASSERT_TRUE(BitsOf(decoded) == BitsOf(plain.Decode(bytes))) << encoding;
+            }
+}
+
 TEST(Convert, EveryCodecAgreesWithThePlainDefinition)
 {
+    Random random;
     Samples samples; // every 16-bit value with its neighbours; every exponent with every beginning of a mantissa
+    std::vector<uint32_t> codes; // every code of one and two bytes, every beginning of others
     for (int n = -32768; n <= 32768; ++n)
         for (const float towards : {-9.0f, static_cast<float>(n) / 32768, 9.0f})
             samples.push_back(std::nextafter(static_cast<float>(n) / 32768, towards));
-    for (uint32_t top = 0; top <= 0xFFFF; ++top)
+    for (uint32_t top = 0; top <= 0xFFFF; ++top) {
         samples.push_back(std::bit_cast<float>(top << 16 | 1));
-    Random random;
-    for (const PCM_ENCODING type : {1, 2, 4, 8, 16, 32, 64, 128})
-        for (const PCM_ENCODING variant : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED, PCM_ENCODING_PACK_64,
-                                           PCM_ENCODING_UNSIGNED | PCM_ENCODING_PACK_64}) {
-            SCOPED_TRACE(pcm::Encoding(type | variant).ToString());
-            const Plain plain(type | variant);
-            Bytes bytes(samples.size() * static_cast<std::size_t>(plain.container), 0xA5);
-            pcm___Convert(bytes.data(), type | variant, samples.data(), 0, std::ssize(samples));
-            EXPECT_TRUE(bytes == plain.Encode(samples));
+        codes.push_back(top << 16 | (random.Bits() & 0xFFFF));
+    }
+    CheckCodecs(samples, codes, {0, PCM_ENCODING_PACK_64});
+}
 
-            for (uint8_t &byte : bytes)
-                byte = static_cast<uint8_t>(random.Bits());
-            for (int code = 0; code <= 0xFFFF; ++code) { // every code of one and two bytes, every beginning of others
-                bytes.begin()[plain.PlaceOf(code, plain.bytes - 1)] = static_cast<uint8_t>(code >> 8);
-                bytes.begin()[plain.PlaceOf(code, std::max<pbInt>(plain.bytes - 2, 0))] = static_cast<uint8_t>(code);
-            }
-            Samples decoded(samples.size(), 9.0f);
-            pcm___Convert(decoded.data(), 0, bytes.data(), type | variant, std::ssize(decoded));
-            EXPECT_TRUE(BitsOf(decoded) == BitsOf(plain.Decode(bytes)));
+/// Of the 2^32 floats and codes every 4093rd, or as many as PCM_TEST_STRIDE says: with 1, which takes long, all.
+TEST(Convert, EveryFloatAndEveryCodeAgrees)
+{
+    const char *const text = std::getenv("PCM_TEST_STRIDE");
+    const uint64_t stride = text ? std::strtoull(text, nullptr, 10) : 4093;
+    for (uint64_t next = 0; next >> 32 == 0 && !HasFailure();) {
+        Samples samples;
+        std::vector<uint32_t> codes;
+        for (; next >> 32 == 0 && codes.size() < 65536; next += stride) {
+            codes.push_back(static_cast<uint32_t>(next));
+            samples.push_back(std::bit_cast<float>(codes.back()));
         }
+        CheckCodecs(samples, codes, {0});
+    }
 }
 
 } // namespace
