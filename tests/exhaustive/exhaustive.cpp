@@ -3,123 +3,65 @@
 #include "../plain_conversion.h"
 
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
+#include <iostream>
 #include <thread>
 
 namespace {
 
 constexpr pbInt kRun = 1 << 14;
-
-template <int kBytes>
-constexpr PCM_ENCODING kInteger = kBytes == 1   ? PCM_ENCODING_INT_8
-                                  : kBytes == 2 ? PCM_ENCODING_INT_16
-                                  : kBytes == 3 ? PCM_ENCODING_INT_24
-                                                : PCM_ENCODING_INT_32;
-
-uint64_t stride = 1;
 std::atomic<bool> failed = false;
 
-void Fail(const char *what, PCM_ENCODING encoding, uint64_t pattern)
+/// Encodes a run of patterns as floats, and decodes it as codes if it begins with a code of the encoding.
+void CheckRun(uint64_t first, uint64_t stride)
 {
-    static std::mutex one;
-    const std::lock_guard lock(one);
-    if (!failed.exchange(true))
-        std::printf("%s, encoding %llx: wrong for the pattern %llx\n", what, static_cast<unsigned long long>(encoding),
-                    static_cast<unsigned long long>(pattern));
-}
-
-/// A code in memory, least significant byte first.
-template <int kBytes> uint32_t CodeAt(const uint8_t *bytes, pbInt sample)
-{
-    uint32_t code = 0;
-    std::memcpy(&code, bytes + sample * kBytes, kBytes);
-    return code;
-}
-
-/// Compares what the library makes of the samples with the top bytes of the words.
-template <int kBytes>
-void CheckCodes(PCM_ENCODING encoding, const float *samples, const uint32_t *words, int shift = 32 - 8 * kBytes)
-{
-    uint8_t bytes[kBytes * kRun];
-    pcm___Convert(bytes, encoding, samples, 0, kRun);
+    uint32_t patterns[kRun], codes[kRun], values[kRun], decoded[kRun];
+    uint8_t bytes[4 * kRun + 4]; // a code is read and written as 4 bytes, least significant first
     for (pbInt i = 0; i < kRun; ++i)
-        if (CodeAt<kBytes>(bytes, i) != words[i] >> shift)
-            return Fail("encoding", encoding, std::bit_cast<uint32_t>(samples[i]));
-}
-
-/// Encodes a run of floats that begins with this pattern.
-void EncodeRun(uint64_t first)
-{
-    float samples[kRun];
-    uint32_t words[kRun];
-    for (pbInt i = 0; i < kRun; ++i)
-        samples[i] = std::bit_cast<float>(static_cast<uint32_t>(first + static_cast<uint64_t>(i) * stride));
-    const auto define = [&](PCM_ENCODING encoding) {
-        const Plain plain(encoding);
-        for (pbInt i = 0; i < kRun; ++i)
-            words[i] = plain.CodeOf(samples[i]);
-    };
-    for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED}) {
-        define(kInteger<4> | sign);
-        CheckCodes<1>(kInteger<1> | sign, samples, words);
-        CheckCodes<2>(kInteger<2> | sign, samples, words);
-        CheckCodes<3>(kInteger<3> | sign, samples, words);
-        CheckCodes<4>(kInteger<4> | sign, samples, words);
-    }
-    for (const PCM_ENCODING law : {PCM_ENCODING_G711_ALAW, PCM_ENCODING_G711_MULAW}) {
-        define(law);
-        CheckCodes<1>(law, samples, words, 0);
-    }
-}
-
-/// Decodes a run of codes that begins with this one.
-template <int kBytes> void DecodeRun(uint64_t first)
-{
-    if (first >> (8 * kBytes))
-        return;
-    uint8_t bytes[kBytes * kRun];
-    float samples[kRun];
-    for (pbInt i = 0; i < kRun; ++i) {
-        const auto code = static_cast<uint32_t>(first + static_cast<uint64_t>(i) * stride);
-        std::memcpy(bytes + i * kBytes, &code, kBytes);
-    }
-    for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED}) {
-        const PCM_ENCODING encoding = kInteger<kBytes> | sign;
-        const Plain plain(encoding);
-        pcm___Convert(samples, 0, bytes, encoding, kRun);
-        for (pbInt i = 0; i < kRun; ++i)
-            if (std::bit_cast<uint32_t>(plain.ValueOf(CodeAt<kBytes>(bytes, i))) != std::bit_cast<uint32_t>(samples[i]))
-                return Fail("decoding", encoding, CodeAt<kBytes>(bytes, i));
-    }
+        patterns[i] = static_cast<uint32_t>(first + static_cast<uint64_t>(i) * stride);
+    for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED})
+        for (PCM_ENCODING type = PCM_ENCODING_INT_32; type; type >>= 1) { // 32 to 8 bits, mu-law, A-law
+            const Plain plain(type | sign);
+            const uint64_t count = 1ull << 8 * plain.bytes; // of codes
+            const auto compare = [&](const char *what, const void *actual, pbInt size, const uint32_t *expected) {
+                for (pbInt i = 0; i < kRun; ++i) {
+                    uint32_t value;
+                    std::memcpy(&value, static_cast<const uint8_t *>(actual) + i * size, 4);
+                    if ((value ^ expected[i]) << (32 - 8 * size) && !failed.exchange(true))
+                        std::cout << std::hex << what << (type | sign) << ": wrong for " << patterns[i] << '\n';
+                }
+            };
+            pcm___Convert(bytes, type | sign, patterns, 0, kRun);
+            for (pbInt i = 0; i < kRun; ++i) // a narrower integer is the top bytes of the one before
+                codes[i] = plain.bytes == 4 || plain.IsG711() ? plain.CodeOf(std::bit_cast<float>(patterns[i]))
+                                                              : codes[i] >> 8;
+            compare("encoding to ", bytes, plain.bytes, codes);
+            if (first >= count)
+                continue;
+            for (pbInt i = 0; i < kRun; ++i) {
+                std::memcpy(bytes + i * plain.bytes, &patterns[i], 4);
+                values[i] = std::bit_cast<uint32_t>(plain.ValueOf(static_cast<uint32_t>(patterns[i] % count)));
+            }
+            pcm___Convert(decoded, 0, bytes, type | sign, kRun);
+            compare("decoding from ", decoded, 4, values);
+        }
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc > 1)
-        stride = std::strtoull(argv[1], nullptr, 10);
+    const uint64_t stride = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1;
     std::atomic<uint64_t> next = 0;
     const auto work = [&] {
-        for (;;) {
-            const uint64_t first = next.fetch_add(kRun * stride);
-            if (first >> 32 || failed)
-                return;
-            EncodeRun(first);
-            DecodeRun<1>(first);
-            DecodeRun<2>(first);
-            DecodeRun<3>(first);
-            DecodeRun<4>(first);
-        }
+        for (uint64_t first; (first = next.fetch_add(kRun * stride)) >> 32 == 0 && !failed;)
+            CheckRun(first, stride);
     };
     std::thread other(work);
     work();
     other.join();
     if (!failed)
-        std::printf("%llu floats and as many codes: all right\n",
-                    static_cast<unsigned long long>((1ull << 32) / stride));
+        std::cout << (uint64_t{1} << 32) / stride << " floats and as many codes: all right\n";
     return failed;
 }
