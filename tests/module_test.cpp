@@ -1,7 +1,6 @@
 // The module as its host sees it.
 #include "support.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
