@@ -6,15 +6,12 @@
 #include <sys/resource.h>
 
 // Memory that cannot be had is the runtime's to report, also under the sanitizers.
-extern "C" const char *__asan_default_options();
-extern "C" const char *__tsan_default_options();
-
-const char *__asan_default_options()
+extern "C" const char *__asan_default_options()
 {
     return "allocator_may_return_null=1";
 }
 
-const char *__tsan_default_options()
+extern "C" const char *__tsan_default_options()
 {
     return "allocator_may_return_null=1";
 }
@@ -29,20 +26,17 @@ void WriteCoverage(int)
             reinterpret_cast<void (*)()>(dump)();
 }
 
+/// The objects and the blocks that there are.
+std::pair<pbInt, pbInt> Alive()
+{
+    return {pb___ObjDbgObjects(), pb___MemDbgBlocks()};
+}
+
 class FindsLeaks : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo &) override
-    {
-        objects_ = pb___ObjDbgObjects();
-        blocks_ = pb___MemDbgBlocks();
-    }
+    void OnTestStart(const testing::TestInfo &) override { before_ = Alive(); }
+    void OnTestEnd(const testing::TestInfo &) override { EXPECT_EQ(Alive(), before_) << "objects or blocks are left"; }
 
-    void OnTestEnd(const testing::TestInfo &) override
-    {
-        EXPECT_EQ(pb___ObjDbgObjects(), objects_) << "objects left behind";
-        EXPECT_EQ(pb___MemDbgBlocks(), blocks_) << "blocks left behind";
-    }
-
-    pbInt objects_ = 0, blocks_ = 0;
+    std::pair<pbInt, pbInt> before_;
 };
 
 } // namespace
@@ -52,17 +46,13 @@ int main(int argc, char **argv)
     testing::InitGoogleTest(&argc, argv);
     const rlimit noCore = {0, 0}; // ended processes are what many tests expect
     setrlimit(RLIMIT_CORE, &noCore);
-    if (dlsym(RTLD_DEFAULT, "pcm___CoverageDump"))
-        std::signal(SIGABRT, WriteCoverage); // abort() ends the process when it returns
+    std::signal(SIGABRT, WriteCoverage); // abort() ends the process when it returns
     testing::UnitTest::GetInstance()->listeners().Append(new FindsLeaks);
-    int failures;
-    {
-        const pcm::Module module;
-        failures = RUN_ALL_TESTS();
-    }
-    if (pb___ObjDbgObjects() || pb___MemDbgBlocks()) {
-        std::fprintf(stderr, "objects or blocks left after the module's shut-down\n");
-        return 1;
-    }
-    return failures;
+    std::optional<pcm::Module> module(std::in_place);
+    const int failures = RUN_ALL_TESTS();
+    module.reset();
+    if (Alive() == std::pair<pbInt, pbInt>())
+        return failures;
+    std::fprintf(stderr, "objects or blocks left after the module's shut-down\n");
+    return 1;
 }
