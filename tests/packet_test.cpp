@@ -1,162 +1,164 @@
-// The packet object: construction, sharing, privacy, standard functions, bytes in and out.
-#include "support.h"
+// Packets: what is made of all their channels and frames, at every size and in numbers; accounts; bytes in and out.
+#include "models/packet_reshapes.h"
 
-#include <functional>
-#include <limits>
+#include <cstring>
+#include <sys/mman.h>
+#include <utility>
 
 namespace {
 
-constexpr pbInt kMost = std::numeric_limits<pbInt>::max();
+constexpr pbInt kMost = INT64_MAX;
 
-PCM_SAMPLE *Block(const Samples &samples)
-{
-    auto *block = static_cast<PCM_SAMPLE *>(pbMemAllocN(static_cast<pbInt>(samples.size()), 4));
-    std::copy(samples.begin(), samples.end(), block);
-    return block;
-}
+/// What others do while the library copies a packet, once.
+std::function<void()> meanwhile;
 
-TEST(Packet, ConstructorsOwnWhatTheySay)
-{
-    const Samples samples = {1, 2, 3, 4, 5, 6};
-    PCM_SAMPLE *const block = Block(samples);
-    const auto used = pcm::Packet::Adopt(pcmPacketCreateFromSamplesUse(block, 2, 3));
-    EXPECT_EQ(pcmPacketBacking(used.Get()), block);
-    const auto copied = MakePacket(3, samples);
-    const auto again = pcm::Packet::Adopt(pcmPacketCreateFrom(copied.Get()));
-    for (const auto *pkt : {&used, &copied, &again}) {
-        EXPECT_EQ(SamplesOf(pkt->Get()), samples);
-        ExpectSound(pkt->Get());
-    }
-    EXPECT_NE(copied.Samples().data(), again.Samples().data());
-    EXPECT_EQ(again.Channels(), 3);
-    EXPECT_EQ(again.Frames(), 2);
-    for (PCM_PACKET *empty :
-         {pcmPacketCreate(1), pcmPacketCreateFromSamplesUse(Block(samples), kMost, 0),
-          pcmPacketCreateFromSamplesUse(nullptr, 7, 0), pcmPacketCreateFromSamplesCopy(nullptr, 1, 0),
-          pcmPacketCreateFrom(pcm::Packet(5).Get())}) {
-        EXPECT_EQ(pcmPacketFrames(empty), 0);
-        EXPECT_EQ(RefCount(empty), 1);
-        EXPECT_EQ(pcmPacketBacking(empty), nullptr);
-        EXPECT_EQ(pb___ObjDbgAllocationSize(pcmPacketObj(empty)), 0);
-        pcmPacketRelease(empty);
-    }
-}
+/// What the library last told an account: how many of which size.
+std::pair<pbInt, pbInt> account;
 
-TEST(Packet, ChangesGoToAPrivateCopyOnlyWhenSomebodyElseLooksOn)
-{
-    for (const bool shared : {false, true})
-        for (const bool clear : {false, true}) {
-            auto pkt = MakePacket(2, {0.25f, 0.5f, -0.25f, -0.5f});
-            PCM_PACKET *const before = pkt.Get();
-            const Holder second(shared ? before : nullptr);
-            if (clear)
-                pkt.Clear();
-            else
-                pkt.MutableSamples()[0] = 1.0f;
-            EXPECT_EQ(pkt.Get() != before, shared);
-            EXPECT_EQ(RefCount(pkt.Get()), 1);
-            EXPECT_EQ(SamplesOf(pkt.Get()), clear ? Samples() : (Samples{1.0f, 0.5f, -0.25f, -0.5f}));
-            EXPECT_EQ(pkt.Channels(), 2);
-            ExpectSound(pkt.Get());
-            if (shared) {
-                EXPECT_EQ(RefCount(before), 1);
-                EXPECT_EQ(SamplesOf(before), (Samples{0.25f, 0.5f, -0.25f, -0.5f}));
-            }
-        }
-}
-
-TEST(Packet, AnEmptyPacketIsClearedByDoingNothing)
-{
-    pcm::Packet pkt(2);
-    const auto other = pkt;
-    pkt.Clear();
-    EXPECT_EQ(pkt.Get(), other.Get());
-    EXPECT_TRUE(pkt.MutableSamples().empty());
-    EXPECT_NE(pkt.Get(), other.Get()); // asked for writing, it is private all the same
-}
-
-TEST(Packet, StandardFunctions)
-{
-    const pcm::Packet pkt(1);
-    PCM_PACKET *const p = pkt.Get();
-    EXPECT_EQ(pcmPacketFrom(pcmPacketObj(p)), p);
-    EXPECT_EQ(pcmPacketFrom(nullptr), nullptr);
-    EXPECT_EQ(pcmPacketObj(nullptr), nullptr);
-    pcmPacketRetain(p);
-    EXPECT_EQ(RefCount(p), 2);
-    pcmPacketRelease(p);
-    const pcm::String other("not a packet");
-    auto *const obj = reinterpret_cast<PB_OBJ *>(other.Get());
-    EXPECT_ABORT_IN(pcmPacketRetain(nullptr), "stdfunc retain", "obj");
-    EXPECT_ABORT_IN(pcmPacketRelease(nullptr), "stdfunc release", "obj");
-    EXPECT_ABORT_IN(pcmPacketFrom(obj), "stdfunc from", "!obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET");
-    EXPECT_ABORT_IN(pcmPacketToString(nullptr), "stdfunc tostring", "obj");
-    EXPECT_ABORT_IN(pcmPacketCompare(nullptr, nullptr), "stdfunc compare a", "objA");
-    EXPECT_ABORT_IN(pcmPacketCompare(p, nullptr), "stdfunc compare b", "objB");
-    EXPECT_ABORT(pcm___PacketFreeFunc(nullptr), "pkt");
-}
-
-TEST(Packet, RefusesWhatCannotBe)
-{
-    PCM_PACKET *none = nullptr;
-    const float sample = 0;
-    float *const null = nullptr;
-    const pcm::Buffer bytes(std::as_bytes(std::span(&sample, 1)));
-    const pcm::Packet pkt(kMost / 4);
-    const struct {
-        const char *expression;
-        std::function<void()> call;
-    } rows[] = {
-        {"channels > 0", [] { pcmPacketCreate(0); }},
-        {"source", [] { pcmPacketCreateFrom(nullptr); }},
-        {"channels > 0", [=] { pcmPacketCreateFromSamplesUse(null, 0, -1); }},
-        {"frames >= 0", [=] { pcmPacketCreateFromSamplesUse(null, 1, -1); }},
-        {"frames == 0 || source", [=] { pcmPacketCreateFromSamplesUse(null, 1, 1); }},
-        {"channels > 0", [=] { pcmPacketCreateFromSamplesCopy(null, -1, -1); }},
-        {"frames >= 0", [=] { pcmPacketCreateFromSamplesCopy(null, 1, -1); }},
-        {"frames == 0 || source", [=] { pcmPacketCreateFromSamplesCopy(null, 1, 1); }},
-        {"PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )",
-         [=] { pcmPacketCreateFromSamplesCopy(null, kMost / 4 + 1, 0); }},
-        {"PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) )",
-         [&] { pcmPacketCreateFromSamplesCopy(&sample, kMost / 4, 2); }},
-        {"pkt", [] { pcmPacketChannels(nullptr); }},
-        {"pkt", [] { pcmPacketFrames(nullptr); }},
-        {"pkt", [] { pcmPacketBacking(nullptr); }},
-        {"pkt", [] { pcmPacketMutableBacking(nullptr); }},
-        {"*pkt", [&] { pcmPacketMutableBacking(&none); }},
-        {"pkt", [] { pcmPacketClear(nullptr); }},
-        {"*pkt", [&] { pcmPacketClear(&none); }},
-        {"source", [] { pcmPacketTryDecode(nullptr, 0, 0); }},
-        {"channels > 0", [&] { pcmPacketTryDecode(bytes.Get(), 0, 0); }},
-        {"pkt", [] { pcmPacketEncode(nullptr, 0); }},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.expression);
-        EXPECT_ABORT_AT(row.call(), "source/pcm/pcm_packet", row.expression);
-    }
-    EXPECT_ABORT_AT(pcmPacketCreateFromSamplesUse(Block({0}), kMost, 2), "source/pb/pb_obj", // not checked before
-                    "PB_INT_MUL_OK( count, size )");
-    EXPECT_ABORT(pcmPacketTryDecode(bytes.Get(), 0, kMost), "PB_INT_MUL_OK( channels, s )");
-    EXPECT_ABORT(pcmPacketEncode(pkt.Get(), PCM_ENCODING_PACK_64), "PB_INT_MUL_OK( channels, s )");
-}
-
-TEST(Packet, BytesComeInAndGoOutInWholeFrames)
-{
-    const auto buffer = [](const Bytes &bytes) { return pcm::Buffer(std::as_bytes(std::span(bytes))); };
-    const auto stereo = pcm::Packet::TryDecode(buffer({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80}), PCM_ENCODING_INT_16, 2);
-    EXPECT_EQ(Frames(stereo.Get()), (std::vector<Frame>{{0.5f, -0.5f}, {1 / 32768.0f, -1.0f}}));
-    ExpectSound(stereo.Get());
-    for (const std::size_t length : {5, 6, 7}) // every remainder
-        EXPECT_FALSE(pcm::Packet::TryDecode(buffer(Bytes(length)), PCM_ENCODING_INT_16, 2)) << length;
-    const auto empty = pcm::Packet::TryDecode(buffer({}), PCM_ENCODING_INT_8 | PCM_ENCODING_PACK_32, 3);
-    EXPECT_EQ(empty.Channels(), 3);
-    EXPECT_EQ(empty.Frames(), 0);
-    EXPECT_EQ(empty.Encode(PCM_ENCODING_INT_24).Length(), 0);
-    const auto bytes = stereo.Encode(PCM_ENCODING_INT_8 | PCM_ENCODING_PACK_16);
-    ASSERT_EQ(bytes.Length(), 8);
-    EXPECT_EQ(static_cast<int>(bytes.Bytes()[0]), 0x40);
-    EXPECT_EQ(static_cast<int>(bytes.Bytes()[1]), 0);
-    EXPECT_EQ(static_cast<int>(bytes.Bytes()[2]), 0xC0);
-}
+// Slots of memory, while there are any: each block that the library asks for ends a slot, right before pages that
+// nobody may touch.
+constexpr std::size_t kSlots = 8, kSlot = 1 << 18, kRoom = kSlot - 65536; // whatever the size of a page
+char *slots = nullptr;
+unsigned usedSlots = 0;
 
 } // namespace
+
+// These stand before the runtime's own, for the library too.
+extern "C" void pbMemFree(void *block)
+{
+    const std::size_t at = reinterpret_cast<uintptr_t>(block) - reinterpret_cast<uintptr_t>(slots);
+    if (!slots || at >= kSlots * kSlot)
+        return Runtime<decltype(pbMemFree)>("pbMemFree")(block);
+    usedSlots &= ~(1u << at / kSlot);
+}
+extern "C" void *pbMemReallocN(void *block, pbInt count, pbInt size)
+{
+    if (!slots)
+        return Runtime<decltype(pbMemReallocN)>("pbMemReallocN")(block, count, size);
+    const std::size_t bytes = count * size, slot = std::countr_one(usedSlots);
+    if (slot == kSlots || bytes > kRoom)
+        std::abort();
+    usedSlots |= 1u << slot;
+    char *const resized = slots + slot * kSlot + kRoom - bytes;
+    if (block)
+        std::memcpy(resized, block, std::min(bytes, kRoom - (static_cast<char *>(block) - slots) % kSlot));
+    pbMemFree(block);
+    return resized;
+}
+extern "C" void *pbMemAllocN(pbInt count, pbInt size)
+{
+    return slots ? pbMemReallocN(nullptr, count, size) : Runtime<decltype(pbMemAllocN)>("pbMemAllocN")(count, size);
+}
+extern "C" void *pbMemAlloc(pbInt bytes)
+{
+    return slots ? pbMemReallocN(nullptr, bytes, 1) : Runtime<decltype(pbMemAlloc)>("pbMemAlloc")(bytes);
+}
+extern "C" void pbMemCopy(void *dest, const void *source, pbInt bytes)
+{
+    Runtime<decltype(pbMemCopy)>("pbMemCopy")(dest, source, bytes);
+    if (meanwhile)
+        std::exchange(meanwhile, nullptr)();
+}
+extern "C" void pb___ObjDbgSetAllocationSizeN(PB_OBJ *obj, pbInt count, pbInt size)
+{
+    account = {count, size};
+    Runtime<decltype(pb___ObjDbgSetAllocationSizeN)>("pb___ObjDbgSetAllocationSizeN")(obj, count, size);
+}
+
+TEST(Packet, IsWhatTheDefinitionsSayAtEverySize)
+{
+    slots = static_cast<char *>(mmap(nullptr, kSlots * kSlot, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    for (std::size_t i = 0; i < kSlots; ++i)
+        ASSERT_EQ(mprotect(slots + i * kSlot, kRoom, PROT_READ | PROT_WRITE), 0);
+    Random random;
+    const Samples pool = random.OddRun(20000);
+    const uint64_t any = random.Bits(), other = random.Bits();
+    // clang-format off
+    const std::vector<uint64_t> numbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 15, 30, 62, 63, 64, 69, any, any & other,
+                                           any | other, UINT64_MAX};
+    const std::vector<pbInt> lengths = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 31, 32, 33, 63,
+                                        64, 65, 66, 67, 68, 69, 70, 127, 129, 511, 512, 513, 2000};
+    // clang-format on
+    for (const Reshape &reshape : kReshapes)
+        for (const pbInt channels : {1, 2, 3, 4, 5, 6, 7, 8, 9, 16, 31, 63, 64, 65, 70})
+            for (const uint64_t number : numbers)
+                for (const pbInt frames : lengths) {
+                    if (HasFailure() || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
+                        break;
+                    SCOPED_TRACE(testing::Message() << reshape.name << " by " << number << ", " << channels
+                                                    << " channels, " << frames << " frames");
+                    const auto start = pool.begin() + random.From(0, 10000);
+                    std::vector<Hand> hands(random.From(1, 2), Hand({channels, {start, start + channels * frames}}));
+                    hands.front().Apply(reshape, number);
+                    hands.back().Check();
+                }
+    EXPECT_EQ(usedSlots, 0u) << "blocks left behind";
+    munmap(std::exchange(slots, nullptr), kSlots * kSlot);
+}
+
+static pcm::Packet Decoded(const Bytes &bytes, PCM_ENCODING encoding, pbInt channels)
+{
+    return pcm::Packet::TryDecode(pcm::Buffer(std::as_bytes(std::span(bytes))), encoding, channels);
+}
+
+TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
+{
+    static const auto nan = std::bit_cast<float>(0x7F812345u); // which arithmetic would change
+    // clang-format off
+    const struct { const char *name; Shape before; void (*call)(pcm::Packet &pkt); Shape after; } rows[] = {
+        {"create", {1, {}}, [](auto &p) { p = pcm::Packet(3); }, {3, {}}},
+        {"use", {1, {}}, [](auto &p) {
+             auto *const block = static_cast<PCM_SAMPLE *>(pbMemAlloc(24));
+             std::fill_n(block, 6, 5.0f);
+             p = pcm::Packet::CreateFromSamplesUse(block, 2, 3);
+         }, {2, Samples(6, 5.0f)}},
+        {"use, wide, of a block for no frames", {1, {}}, [](auto &p) {
+             p = pcm::Packet::CreateFromSamplesUse(static_cast<PCM_SAMPLE *>(pbMemAlloc(4)), kMost, 0);
+         }, {kMost, {}}},
+        {"sum, wide, of no frames", {3, {}}, [](auto &p) { p = p.WithChannels(kMost); }, {kMost, {}}},
+        {"nothing is too wide or too often without frames", {1, {}}, [](auto &p) {
+             p = pcm::Packet(kMost), p.AppendZero(0), p.Append(p), p.FramesExtend(kMost), p.FramesReduce(kMost);
+             p.ChannelsAdjustReplaceWithDownmix(kMost - 1);
+         }, {kMost - 1, {}}},
+        {"bytes", {1, {}}, [](auto &p) { p = Decoded({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80}, PCM_ENCODING_INT_16, 2); },
+         {2, {0.5f, -0.5f, 0x1p-15f, -1.0f}}},
+        {"to bytes", {2, {0.5f, -0.5f}}, [](auto &p) {
+             p = pcm::Packet::TryDecode(p.Encode(PCM_ENCODING_INT_8), PCM_ENCODING_INT_16, 1);
+         }, {1, {-0x3FC0p-15f}}},
+        {"no bytes", {2, {}}, [](auto &p) { p = pcm::Packet::TryDecode(p.Encode(1), 0, 3); }, {3, {}}},
+        {"the order counts", {3, {1e8f, -1e8f, 3, 3, 1e8f, -1e8f}},
+         [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(1); }, {1, {1, 0}}},
+        {"not clamped", {2, {1.5f, 2.5f}}, [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(3); }, {3, {2, 2, 2}}},
+        {"average", {2, {1, 0.5f}}, [](auto &p) { p.ChannelsAdjustExpandWithDownmix(3); }, {3, {1, 0.5f, 0.75f}}},
+        {"stuffed", {2, {1, 2, 3, 4}}, [](auto &p) { p.FramesExtend(2); }, {2, {1, 2, 0, 0, 3, 4, 0, 0}}},
+        {"picked", {2, {1, 2, 3, 4, 5, 6}}, [](auto &p) { p.FramesReduce(3); }, {2, {1, 2}}},
+        {"20 dB", {1, {0.1f, -1.5f}}, [](auto &p) { p.LevelAdjust(20); }, {1, {0.1f * 10, -15}}},
+        {"0 dB multiplies nothing", {1, {nan}}, [](auto &p) { p.LevelAdjust(-0.0); }, {1, {nan}}},
+        {"kept beside the average", {1, {nan}},
+         [](auto &p) { p.ChannelsAdjustExpandWithDownmix(2), p.SetChannels(1); }, {1, {nan}}},
+        {"the last sample that 64 bits reach", {2, {1, 2}},
+         [](auto &p) { p.WriteChannels(1, 0, {&nan, 1}, 0, kMost, 0, 1, 1); }, {2, {1, nan}}},
+        {"no channels, however far", {2, {1, 2}},
+         [](auto &p) { p.WriteChannels(2, 0, {&nan, 1}, 0, kMost, kMost - 2, 0, 1); }, {2, {1, 2}}},
+        {"no frames, however far", {2, {1, 2}},
+         [](auto &p) { p.WriteChannels(1, 0, {}, 0, kMost, kMost - 2, 1, 0); }, {2, {1, 2}}},
+        {"its own samples as they were, though the others let go meanwhile", {2, {1, 2, 3, 4, 5, 6}}, [](auto &p) {
+             meanwhile = [other = p]() mutable { other = pcm::Packet(); };
+             p.WriteChannels(0, 1, p.Samples(), 0, 2, 0, 1, 2);
+         }, {2, {1, 2, 1, 4, 3, 6}}},
+    };
+    // clang-format on
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        Hand hand(row.before);
+        account = {-1, -1};
+        row.call(hand.packet);
+        hand.shape = row.after;
+        hand.Check();
+        EXPECT_EQ(RefCount(hand.packet.Get()), 1);
+        const std::pair<pbInt, pbInt> told = {row.after.Frames(), std::min(row.after.channels, kMost / 4) * 4};
+        EXPECT_TRUE(account.first < 0 || account == told) << account.first << " of " << account.second;
+    }
+    for (const std::size_t length : {5, 6, 7}) // every remainder
+        EXPECT_FALSE(Decoded(Bytes(length), PCM_ENCODING_INT_16, 2)) << length;
+}

@@ -1,293 +1,158 @@
-// Packets in several hands, edited at random, against lists of frames.
+// Packets in several hands, edited at random.
+//
+// The state is what each hand should hold: samples and a number of channels. After every step each packet has exactly
+// those, and each object is held by as many hands as its count says: so nobody's packet changes by what another does.
+// Few short packets of few channels in few hands meet every way of sharing, every place and every length of an edit,
+// also of a packet with itself, within some thousand steps. Now and then one is long or wide, for the loops of vectors.
 #pragma once
 
-#include "../support.h"
-
-#include <algorithm>
-
-enum Word { All, Inner, Outer, Leading, Trailing, Zero, Words };
-
-/// The frames that a word takes from a source, or so many of silence.
-inline std::vector<Frame> Taken(Word word, const std::vector<Frame> &source, pbInt channels, pbInt offset, pbInt frames)
-{
-    const auto begin = source.begin(), end = source.end();
-    std::vector<Frame> taken;
-    switch (word) {
-    case All: return source;
-    case Inner: return {begin + offset, begin + offset + frames};
-    case Leading: return {begin, begin + frames};
-    case Trailing: return {end - frames, end};
-    case Zero: return std::vector<Frame>(frames, Frame(channels));
-    default:
-        taken.assign(begin, begin + offset);
-        taken.insert(taken.end(), begin + offset + frames, end);
-        return taken;
-    }
-}
-
-using Operation = void (*)(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames);
+#include "packet_reshapes.h"
 
 // clang-format off
-constexpr Operation kWrites[Words] = {
-    [](auto pkt, auto idx, auto source, auto, auto) { pcmPacketWrite(pkt, idx, source); },
-    pcmPacketWriteInner,
-    pcmPacketWriteOuter,
-    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketWriteLeading(pkt, idx, source, frames); },
-    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketWriteTrailing(pkt, idx, source, frames); },
-    [](auto pkt, auto idx, auto, auto, auto frames) { pcmPacketWriteZero(pkt, idx, frames); },
-};
-constexpr Operation kInserts[Words] = {
-    [](auto pkt, auto idx, auto source, auto, auto) { pcmPacketInsert(pkt, idx, source); },
-    pcmPacketInsertInner,
-    pcmPacketInsertOuter,
-    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketInsertLeading(pkt, idx, source, frames); },
-    [](auto pkt, auto idx, auto source, auto, auto frames) { pcmPacketInsertTrailing(pkt, idx, source, frames); },
-    [](auto pkt, auto idx, auto, auto, auto frames) { pcmPacketInsertZero(pkt, idx, frames); },
-};
-constexpr Operation kPrepends[Words] = {
-    [](auto pkt, auto, auto source, auto, auto) { pcmPacketPrepend(pkt, source); },
-    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketPrependInner(pkt, source, offset, frames); },
-    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketPrependOuter(pkt, source, offset, frames); },
-    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketPrependLeading(pkt, source, frames); },
-    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketPrependTrailing(pkt, source, frames); },
-    [](auto pkt, auto, auto, auto, auto frames) { pcmPacketPrependZero(pkt, frames); },
-};
-constexpr Operation kAppends[Words] = {
-    [](auto pkt, auto, auto source, auto, auto) { pcmPacketAppend(pkt, source); },
-    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketAppendInner(pkt, source, offset, frames); },
-    [](auto pkt, auto, auto source, auto offset, auto frames) { pcmPacketAppendOuter(pkt, source, offset, frames); },
-    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketAppendLeading(pkt, source, frames); },
-    [](auto pkt, auto, auto source, auto, auto frames) { pcmPacketAppendTrailing(pkt, source, frames); },
-    [](auto pkt, auto, auto, auto, auto frames) { pcmPacketAppendZero(pkt, frames); },
-};
-// clang-format on
+/// What an edit may be told.
+struct EditArguments { PCM_PACKET **pkt; pbInt idx; PCM_PACKET *source; pbInt offset, frames; };
 
-/// Packets in several hands, each beside the frames that it should have.
+// The verbs, each with all its words; the place is e.idx, or nothing where the verb says it.
+#define VERB(Verb, ...)                                                                                                \
+    {[](EditArguments e) { pcmPacket##Verb(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.source); },                             \
+     [](EditArguments e) { pcmPacket##Verb##Inner(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.source, e.offset, e.frames); },  \
+     [](EditArguments e) { pcmPacket##Verb##Outer(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.source, e.offset, e.frames); },  \
+     [](EditArguments e) { pcmPacket##Verb##Leading(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.source, e.frames); },          \
+     [](EditArguments e) { pcmPacket##Verb##Trailing(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.source, e.frames); },         \
+     [](EditArguments e) { pcmPacket##Verb##Zero(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.frames); }}
+enum Word { All, Inner, Outer, Leading, Trailing, Zero, Words };
+enum Verb { Write, Prepend, Append, Insert, Verbs };
+constexpr void (*kEdits[Verbs][Words])(EditArguments) = {
+    VERB(Write, e.idx), VERB(Prepend), VERB(Append), VERB(Insert, e.idx)};
+// clang-format on
+#undef VERB
+
+/// The samples of the frames that a word takes.
+inline Samples Taken(Word word, const Shape &source, pbInt offset, pbInt frames)
+{
+    if (word == Zero)
+        return Samples(frames * source.channels);
+    const pbInt first = word == Trailing ? source.Frames() - frames : word == All || word == Leading ? 0 : offset;
+    const auto begin = source.samples.begin() + first * source.channels,
+               end = word == All ? source.samples.end() : begin + frames * source.channels;
+    if (word != Outer)
+        return {begin, end};
+    Samples taken(source.samples.begin(), begin);
+    taken.insert(taken.end(), end, source.samples.end());
+    return taken;
+}
+
 class PacketModel {
 public:
-    explicit PacketModel(Random &random) : random_(random)
-    {
-        for (Hand &hand : hands_)
-            hand = Fresh();
-    }
+    explicit PacketModel(Random &random) : random_(random), hands_{Fresh(), Fresh(), Fresh(), Fresh(), Fresh()} {}
 
     /// One edit, after which every hand has what it should have.
     void Step()
     {
-        at_ = random_.From(0, kHands - 1);
-        other_ = random_.OneIn(3) ? at_ : random_.From(0, kHands - 1);
-        object_ = my().packet.Get();
+        my_ = &random_.Of(hands_);
+        their_ = random_.OneIn(3) ? my_ : &random_.Of(hands_);
+        object_ = my_->packet.Get();
         shared_ = RefCount(object_) > 1;
-        switch (random_.From(0, 12)) {
-        case 0: my() = Fresh(); return Check();
-        case 1:
-        case 2: my() = Hand(their()); return Check();
-        case 3: return Mix();
-        case 4: return SetChannels();
-        case 5: return SetFrames();
-        case 6:
-        case 7: return Delete();
-        case 8: return WriteRectangle();
-        case 9: return Write();
-        default: return Insert();
+        const pbInt frames = my_->shape.Frames();
+        if (frames > 300 || random_.OneIn(frames > 40 ? 4 : 14))
+            *my_ = Fresh();
+        else
+            switch (random_.From(0, 7)) {
+            case 0: *my_ = Hand(*their_); break;
+            case 1:
+                my_->Apply(kReshapes[random_.From(0, std::ssize(kReshapes) - 1)],
+                           random_.OneIn(6) ? random_.Bits() : static_cast<uint64_t>(random_.From(0, 3)));
+                break;
+            case 2: Delete(); break;
+            case 3: WriteRectangle(); break;
+            default: WriteOrInsert();
+            }
+        for (const Hand &hand : hands_) {
+            hand.Check();
+            EXPECT_EQ(RefCount(hand.packet.Get()), std::count_if(hands_.begin(), hands_.end(), [&](const Hand &each) {
+                          return each.packet.Get() == hand.packet.Get();
+                      }));
         }
     }
 
 private:
-    struct Hand {
-        pcm::Packet packet;
-        pbInt channels = 0;
-        std::vector<Frame> frames;
-
-        pbInt size() const { return static_cast<pbInt>(frames.size()); }
-    };
-
-    static constexpr pbInt kHands = 5, kLong = 40;
-
-    Hand &my() { return hands_[at_]; }
-    Hand &their() { return hands_[other_]; }
-
-    Frame RandomFrame(pbInt channels) { return random_.Run(channels); }
-
     Hand Fresh()
     {
-        Hand hand;
-        hand.channels = random_.From(1, 3);
-        Samples samples;
-        for (pbInt f = random_.From(0, 6); f > 0; --f) {
-            hand.frames.push_back(RandomFrame(hand.channels));
-            samples.insert(samples.end(), hand.frames.back().begin(), hand.frames.back().end());
-        }
-        hand.packet = pcm::Packet(samples, hand.channels);
-        return hand;
+        const pbInt channels = random_.From(1, random_.OneIn(8) ? 70 : 3),
+                    frames = random_.From(0, random_.OneIn(8) ? 150 : 6);
+        return Hand({channels, random_.OddRun(channels * frames)});
     }
 
-    /// Which object is in the hand after an edit that changed something, or nothing.
-    void CheckObject(bool changed, bool fromItself = false)
+    void WriteOrInsert()
     {
-        EXPECT_EQ(my().packet.Get() != object_, changed && (shared_ || fromItself));
-        Check();
-    }
-
-    void Check()
-    {
-        for (const Hand &hand : hands_) {
-            PCM_PACKET *const pkt = hand.packet.Get();
-            EXPECT_EQ(pcmPacketChannels(pkt), hand.channels);
-            EXPECT_EQ(Frames(pkt), hand.frames);
-            EXPECT_EQ(RefCount(pkt), std::count_if(std::begin(hands_), std::end(hands_),
-                                                   [&](const Hand &each) { return each.packet.Get() == pkt; }));
-            ExpectSound(pkt);
-        }
-    }
-
-    /// Chooses what to take from a packet of as many channels.
-    std::vector<Frame> Take()
-    {
-        if (their().channels != my().channels)
-            other_ = at_;
-        word_ = static_cast<Word>(random_.From(0, Words - 1));
-        offset_ = random_.From(0, their().size());
-        count_ = random_.From(0, their().size() - offset_);
-        return Taken(word_, their().frames, my().channels, offset_, count_);
-    }
-
-    void Apply(const Operation (&operations)[Words], pbInt idx)
-    {
-        operations[word_](my().packet.Address(), idx, their().packet.Get(), offset_, count_);
-    }
-
-    void Write()
-    {
-        const auto taken = Take();
-        if (taken.size() > my().frames.size())
+        Shape &shape = my_->shape;
+        if (their_->shape.channels != shape.channels)
+            their_ = my_;
+        const auto word = static_cast<Word>(random_.From(0, Words - 1));
+        const auto verb = static_cast<Verb>(random_.From(0, Verbs - 1));
+        const pbInt offset = random_.From(0, their_->shape.Frames()),
+                    frames = random_.From(0, their_->shape.Frames() - offset);
+        const Samples taken = Taken(word, their_->shape, offset, frames);
+        const pbInt last = shape.Frames() - (verb == Write ? std::ssize(taken) / shape.channels : 0);
+        if (last < 0)
             return;
-        const pbInt idx = random_.From(0, my().size() - static_cast<pbInt>(taken.size()));
-        const bool fromItself = word_ != Zero && their().packet.Get() == object_;
-        Apply(kWrites, idx);
-        std::copy(taken.begin(), taken.end(), my().frames.begin() + idx);
-        CheckObject(!taken.empty(), fromItself);
-    }
-
-    void Insert()
-    {
-        const auto taken = Take();
-        if (my().size() > kLong)
-            return;
-        const bool fromItself = word_ != Zero && their().packet.Get() == object_;
-        pbInt idx = 0;
-        switch (random_.From(0, 2)) {
-        case 0: Apply(kPrepends, -1); break;
-        case 1: Apply(kAppends, -1), idx = my().size(); break;
-        default: Apply(kInserts, idx = random_.From(0, my().size()));
-        }
-        my().frames.insert(my().frames.begin() + idx, taken.begin(), taken.end());
-        CheckObject(!taken.empty(), fromItself);
+        const pbInt idx = verb == Prepend ? 0 : verb == Append ? last : random_.From(0, last);
+        const bool fromItself = word != Zero && their_->packet.Get() == object_;
+        kEdits[verb][word]({my_->packet.Address(), idx, their_->packet.Get(), offset, frames});
+        const auto at = shape.samples.begin() + idx * shape.channels;
+        if (verb == Write)
+            std::copy(taken.begin(), taken.end(), at);
+        else
+            shape.samples.insert(at, taken.begin(), taken.end());
+        EXPECT_EQ(my_->packet.Get() != object_, !taken.empty() && (shared_ || fromItself));
     }
 
     void Delete()
     {
-        auto &frames = my().frames;
-        const pbInt before = my().size();
-        const pbInt idx = random_.From(0, before), rest = before - idx,
-                    count = random_.From(0, random_.OneIn(3) ? rest : std::min<pbInt>(rest, 4));
-        PCM_PACKET **const pkt = my().packet.Address();
-        switch (random_.OneIn(7) ? random_.From(0, 1) : random_.From(2, 4)) {
-        case 0:
-            pcmPacketClear(pkt);
-            frames.clear();
-            break;
-        case 1:
-            pcmPacketDelOuter(pkt, idx, count);
-            frames = std::vector<Frame>(frames.begin() + idx, frames.begin() + idx + count);
-            break;
-        case 2:
-            pcmPacketDelInner(pkt, idx, count);
-            frames.erase(frames.begin() + idx, frames.begin() + idx + count);
-            break;
-        case 3:
-            pcmPacketDelLeading(pkt, count);
-            frames.erase(frames.begin(), frames.begin() + count);
-            break;
-        default: pcmPacketDelTrailing(pkt, count); frames.resize(before - count);
+        const Shape before = my_->shape;
+        const pbInt idx = random_.From(0, before.Frames()), rest = before.Frames() - idx,
+                    frames = random_.From(0, random_.OneIn(3) ? rest : std::min<pbInt>(rest, 4));
+        PCM_PACKET **const pkt = my_->packet.Address();
+        const auto keep = [&](Word word, pbInt count) { my_->shape.samples = Taken(word, before, idx, count); };
+        switch (random_.From(0, 3)) {
+        case 0: pcmPacketDelInner(pkt, idx, frames), keep(Outer, frames); break;
+        case 1: pcmPacketDelOuter(pkt, idx, frames), keep(Inner, frames); break;
+        case 2: pcmPacketDelLeading(pkt, frames), keep(Trailing, before.Frames() - frames); break;
+        default: pcmPacketDelTrailing(pkt, frames), keep(Leading, before.Frames() - frames);
         }
-        CheckObject(my().size() != before);
+        EXPECT_EQ(my_->packet.Get() != object_, shared_ && my_->shape.Frames() != before.Frames());
     }
 
-    void SetFrames()
-    {
-        const pbInt before = my().size(), after = std::max<pbInt>(0, before + random_.From(-5, 5));
-        pcmPacketSetFrames(my().packet.Address(), after);
-        my().frames.resize(after, Frame(my().channels));
-        CheckObject(after != before);
-    }
-
-    void SetChannels()
-    {
-        const pbInt before = my().channels, after = random_.From(1, 3);
-        pcmPacketSetChannels(my().packet.Address(), after);
-        my().channels = after;
-        for (Frame &frame : my().frames)
-            frame.resize(after);
-        CheckObject(after != before);
-    }
-
-    /// The hand gets a packet that is made of its own: with the sum of its channels, or some of them.
-    void Mix()
-    {
-        pbInt after = random_.From(1, 3), mask = 0;
-        if (random_.OneIn(2)) {
-            mask = random_.From(1, (1 << my().channels) - 1);
-            after = pbIntBitCount(mask);
-        }
-        const bool changed = after != my().channels;
-        my().packet = mask ? my().packet.WithChannelMask(mask) : my().packet.WithChannels(after);
-        for (Frame &frame : my().frames) {
-            if (!changed)
-                continue;
-            Frame mixed(after);
-            pbInt to = 0;
-            for (pbInt c = 0; c < my().channels; ++c) {
-                if (mask >> c & 1)
-                    mixed[to++] = frame[c];
-                if (!mask)
-                    for (PCM_SAMPLE &sample : mixed)
-                        sample += frame[c];
-            }
-            frame = mixed;
-        }
-        my().channels = after;
-        EXPECT_EQ(my().packet.Get() != object_, changed);
-        Check();
-    }
-
+    /// From a packet, or from its samples, which may then also be read as frames of another number of channels.
     void WriteRectangle()
     {
-        Hand &to = my();
-        const std::vector<Frame> source = their().frames;
-        const pbInt sourceChannels = their().channels, sourceFrames = their().size();
-        const pbInt toChannel = random_.From(0, to.channels), toFrame = random_.From(0, to.size()),
-                    fromChannel = random_.From(0, sourceChannels), fromFrame = random_.From(0, sourceFrames),
-                    channels = random_.From(0, std::min(to.channels - toChannel, sourceChannels - fromChannel)),
-                    frames = random_.From(0, std::min(to.size() - toFrame, sourceFrames - fromFrame));
-        const bool sameObject = their().packet.Get() == object_;
-        if (random_.OneIn(2) || sameObject)
-            pcmPacketWriteChannels(to.packet.Address(), toChannel, toFrame, their().packet.Get(), fromChannel,
-                                   fromFrame, channels, frames);
+        Shape &to = my_->shape;
+        const Shape before = their_->shape;
+        const bool array = random_.OneIn(2), same = their_->packet.Get() == object_;
+        const pbInt width = array && random_.OneIn(3) ? random_.From(1, 9) : before.channels,
+                    length = std::ssize(before.samples) / width;
+        const pbInt toChannel = random_.From(0, to.channels), toFrame = random_.From(0, to.Frames()),
+                    fromChannel = random_.From(0, width), fromFrame = random_.From(0, length),
+                    channels = random_.From(0, std::min(to.channels - toChannel, width - fromChannel)),
+                    frames = random_.From(0, std::min(to.Frames() - toFrame, length - fromFrame));
+        PCM_PACKET **const pkt = my_->packet.Address();
+        if (array)
+            pcmPacketWriteChannelsSamples(pkt, toChannel, toFrame, their_->packet.Samples().data(), fromChannel, width,
+                                          fromFrame, channels, frames);
         else
-            to.packet.WriteChannels(toChannel, toFrame, their().packet.Samples(), fromChannel, sourceChannels,
-                                    fromFrame, channels, frames);
-        for (pbInt f = 0; f < frames; ++f)
-            for (pbInt c = 0; c < channels; ++c)
-                to.frames[toFrame + f][toChannel + c] = source[fromFrame + f][fromChannel + c];
-        CheckObject(true, sameObject);
+            pcmPacketWriteChannels(pkt, toChannel, toFrame, their_->packet.Get(), fromChannel, fromFrame, channels,
+                                   frames);
+        const Samples &from = array && same && !shared_ ? to.samples : before.samples; // its own change meanwhile
+        for (pbInt c = 0; c < channels; ++c)
+            for (pbInt f = 0; f < frames; ++f)
+                to.samples[(toFrame + f) * to.channels + toChannel + c] =
+                    from[(fromFrame + f) * width + fromChannel + c];
+        EXPECT_EQ(my_->packet.Get() != object_, shared_ || (same && !array));
     }
 
     Random &random_;
-    Hand hands_[kHands];
-    pbInt at_ = 0, other_ = 0; // the hand that edits, and the one it takes from
-    PCM_PACKET *object_ = nullptr;
+    std::vector<Hand> hands_;
+    Hand *my_ = nullptr, *their_ = nullptr; // the hand that edits, and the one it takes from
+    PCM_PACKET *object_ = nullptr;          // what was in the first
     bool shared_ = false;
-    Word word_ = All;
-    pbInt offset_ = 0, count_ = 0;
 };
