@@ -47,9 +47,13 @@ Random *input;
 PB_OBJ *objects[kSorts][kSlots + 1];
 PCM_SAMPLE dest[kSmall * kMostBytes / sizeof(PCM_SAMPLE)], source[2 * kSmall * (kSmall + 1)];
 
+/// Puts an object in one place, or in two.
 void Keep(int sort, void *object)
 {
-    objects[sort][input->From(0, kSlots - 1)] = static_cast<PB_OBJ *>(object);
+    auto &slots = objects[sort];
+    slots[input->From(0, kSlots - 1)] = static_cast<PB_OBJ *>(object);
+    if (object && input->OneIn(4))
+        pbObjRetain(slots[input->From(0, kSlots - 1)] = static_cast<PB_OBJ *>(object));
 }
 
 pbInt AnyNumber()
@@ -90,36 +94,22 @@ void CallAny(const Operation &operation)
         Keep(operation.result.sort, reinterpret_cast<void *>(result));
 }
 
-template <class T> constexpr int kSort = Sorts::Place<T>();
-
-void (*const kOthers[])() = {
-    [] { // one object in two places
-        auto *const shared = objects[kSort<PCM_PACKET>][input->From(0, kSlots)];
-        if (shared)
-            pbObjRetain(shared);
-        Keep(kSort<PCM_PACKET>, shared);
-    },
-    [] {
-        const pbInt length = input->From(-1, 64);
-        auto *const taps = length < 1 ? nullptr : static_cast<PCM_SAMPLE *>(pbMemAllocN(length, sizeof(PCM_SAMPLE)));
-        std::copy_n(source, std::max<pbInt>(length, 0), taps);
-        Keep(kSort<PCM_FILTER_COEFFICIENTS>, pcmFilterCoefficientsCreateFromSamplesUse(taps, length));
-    },
-    [] {
-        const pbInt length = input->From(0, 30);
-        auto *const bytes = static_cast<char *>(pbMemAlloc(length));
-        for (pbInt i = 0; i < length; ++i)
-            bytes[i] = static_cast<char>(input->From(0, 255));
-        Keep(kSort<PB_STRING>, pbStringCreateFromCstr(bytes, length));
-        Keep(kSort<PB_BUFFER>, pbBufferCreateFromBytesUse(bytes, length));
-    },
-};
+/// A text and a buffer of any bytes.
+void MakeBytes()
+{
+    const pbInt length = input->From(0, 30);
+    auto *const bytes = static_cast<char *>(pbMemAlloc(length));
+    for (pbInt i = 0; i < length; ++i)
+        bytes[i] = static_cast<char>(input->From(0, 255));
+    Keep(Sorts::Place<PB_STRING>(), pbStringCreateFromCstr(bytes, length));
+    Keep(Sorts::Place<PB_BUFFER>(), pbBufferCreateFromBytesUse(bytes, length));
+}
 
 /// The packets and what they hold; of long ones, the first samples.
 auto Packets()
 {
     std::vector<std::tuple<PB_OBJ *, pbInt, pbInt, std::vector<uint32_t>>> packets;
-    for (PB_OBJ *obj : objects[kSort<PCM_PACKET>])
+    for (PB_OBJ *obj : objects[Sorts::Place<PCM_PACKET>()])
         if (PCM_PACKET *const pkt = pcmPacketFrom(obj)) {
             const pbInt channels = pcmPacketChannels(pkt), frames = pcmPacketFrames(pkt);
             const PCM_SAMPLE *const samples = pcmPacketBacking(pkt);
@@ -200,16 +190,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
     exhausted = false;
     Comes([] {
         const pbInt channels = input->From(1, 3);
-        Keep(kSort<PCM_PACKET>, pcmPacketCreateFromSamplesCopy(source, channels, input->From(0, 20)));
-        Keep(kSort<PCM_PACKET_QUEUE>, pcmPacketQueueCreate(channels));
-        Keep(kSort<PCM_TONE>, pcmToneCreate(input->From(1, 40)));
+        Keep(Sorts::Place<PCM_PACKET>(), pcmPacketCreateFromSamplesCopy(source, channels, input->From(0, 20)));
+        Keep(Sorts::Place<PCM_PACKET_QUEUE>(), pcmPacketQueueCreate(channels));
+        Keep(Sorts::Place<PCM_TONE>(), pcmToneCreate(input->From(1, 40)));
         auto *const taps = pcmFilterCoefficientsCreate(input->From(0, 6));
-        Keep(kSort<PCM_FILTER_COEFFICIENTS>, taps);
-        Keep(kSort<PCM_FILTER>, pcmFilterCreate(taps, channels));
+        Keep(Sorts::Place<PCM_FILTER_COEFFICIENTS>(), taps);
+        Keep(Sorts::Place<PCM_FILTER>(), pcmFilterCreate(taps, channels));
     });
     while (!random.Done() && !exhausted && blockCount < std::size(blocks)) {
         const auto before = Packets();
-        const bool comes = random.OneIn(8) ? Comes(random.Of(kOthers)) : Comes([&] { CallAny(random.Of(operations)); });
+        const bool comes = Comes([&] { random.OneIn(16) ? MakeBytes() : CallAny(random.Of(operations)); });
         if (!comes && !exhausted && Packets() != before) {
             std::fprintf(stderr, "A refused call has changed a packet\n");
             std::abort();

@@ -5,43 +5,19 @@
 #include "models/queue_model.h"
 #include "models/tone_model.h"
 
-namespace {
+template <class Model> class Models : public testing::Test {
+};
+using AllModels = testing::Types<PacketModel, QueueModel, FilterModel, ToneModel, ConversionModel>;
+TYPED_TEST_SUITE(Models, AllModels, );
 
-template <class Model> void Run(int rounds, int steps)
+TYPED_TEST(Models, AgreeWithTheLibraryAtEveryStep)
 {
     Random random;
-    for (int round = 0; round < rounds; ++round) {
-        Model model(random);
-        for (int step = 0; step < steps && !testing::Test::HasFailure(); ++step) {
+    for (int round = 0; round < 20; ++round) {
+        TypeParam model(random);
+        for (int step = 0; step < 250 && !this->HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
             model.Step();
         }
     }
-}
-
-} // namespace
-
-TEST(Models, OfPackets)
-{
-    Run<PacketModel>(10, 1000);
-}
-
-TEST(Models, OfQueues)
-{
-    Run<QueueModel>(10, 1000);
-}
-
-TEST(Models, OfFilters)
-{
-    Run<FilterModel>(40, 100);
-}
-
-TEST(Models, OfTones)
-{
-    Run<ToneModel>(60, 60);
-}
-
-TEST(Models, OfConversion)
-{
-    Run<ConversionModel>(1, 2000);
 }

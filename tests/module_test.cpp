@@ -73,7 +73,7 @@ TEST(Module, StartUpRefusesANameThatIsTaken)
     for (int bit = 0; bit < 19; ++bit) {
         const std::string name = pcm::Encoding(PCM_ENCODING(1) << bit).ToString();
         pretendThisIsDefined = name.c_str();
-        EXPECT_ABORT_AT(pcm___EncodingStartup(), "source/pcm/pcm_encoding",
+        EXPECT_ABORT(pcm___EncodingStartup(), "source/pcm/pcm_encoding",
                         "!pbFlagsetHasFlagCstr( *(&pcm___EncodingFlagset), \"" + name + "\", -1 )");
         pretendThisIsDefined = nullptr;
     }

@@ -20,7 +20,7 @@ constexpr const char *kEnd = "idx + frames <= (*pkt)->frames", *kSourceEnd = "of
 
 // What the calls are made with. The packets p, s and m are mono, of 3 frames, 5 and 3; d is stereo, of 3 frames.
 PCM_PACKET **p, **e, **w, **v, *s, *d, *noPacket; // e: stereo without frames; w and v: 2^62 and 2^60 channels
-PCM_PACKET_QUEUE **q, *noQueue;                       // q and f: stereo and mono, holding 2 frames and 1
+PCM_PACKET_QUEUE **q, *noQueue;                   // q and f: stereo and mono, holding 2 frames and 1
 PCM_FILTER **f, *noFilter;
 PCM_FILTER_COEFFICIENTS *taps;
 PCM_TONE *t;
@@ -35,11 +35,26 @@ struct Row {
     const char *call, *text;
     void (*function)();
 };
-#define R(call, text) {#call, text, [] { call; }}
-#define P(call, text) {#call, text, [] { pcmPacket##call; }}
-#define Q(call, text) {#call, text, [] { pcmPacketQueue##call; }}
-#define F(call, text) {#call, text, [] { pcmFilter##call; }}
-#define S(call, text) {#call, text, [] { pcm___Samples##call; }}
+#define R(call, text)                                                                                                  \
+    {                                                                                                                  \
+#call, text, [] { call; }                                                                                      \
+    }
+#define P(call, text)                                                                                                  \
+    {                                                                                                                  \
+#call, text, [] { pcmPacket##call; }                                                                           \
+    }
+#define Q(call, text)                                                                                                  \
+    {                                                                                                                  \
+#call, text, [] { pcmPacketQueue##call; }                                                                      \
+    }
+#define F(call, text)                                                                                                  \
+    {                                                                                                                  \
+#call, text, [] { pcmFilter##call; }                                                                           \
+    }
+#define S(call, text)                                                                                                  \
+    {                                                                                                                  \
+#call, text, [] { pcm___Samples##call; }                                                                       \
+    }
 
 Samples watched;
 

@@ -18,7 +18,6 @@
 #include <vector>
 
 using Samples = std::vector<PCM_SAMPLE>;
-using Frame = std::vector<PCM_SAMPLE>;
 using Bytes = std::vector<uint8_t>;
 
 /// Expects the statement to end the process with this expression, or with "context: expression", reported from a file
@@ -62,41 +61,12 @@ inline Samples SamplesOf(PCM_PACKET *pkt)
     return count ? Samples(samples, samples + count) : Samples();
 }
 
-/// The frames of a packet, each as the samples of its channels.
-inline std::vector<Frame> Frames(PCM_PACKET *pkt)
-{
-    std::vector<Frame> frames;
-    const Samples samples = SamplesOf(pkt);
-    const pbInt channels = pcmPacketChannels(pkt);
-    for (auto at = samples.begin(); at != samples.end(); at += channels)
-        frames.emplace_back(at, at + channels);
-    return frames;
-}
-
 /// The packet's invariant: a block exactly when there are frames, and an account that says how much it is.
 inline void ExpectSound(PCM_PACKET *pkt)
 {
     EXPECT_EQ(pcmPacketBacking(pkt) == nullptr, pcmPacketFrames(pkt) == 0);
     EXPECT_EQ(pb___ObjDbgAllocationSize(pcmPacketObj(pkt)), pcmPacketFrames(pkt) * pcmPacketChannels(pkt) * 4);
 }
-
-/// Retains a packet, or nothing, and releases it at the end of the scope: somebody else who looks on.
-struct Holder {
-    explicit Holder(PCM_PACKET *held) : packet(held)
-    {
-        if (packet)
-            pcmPacketRetain(packet);
-    }
-    ~Holder()
-    {
-        if (packet)
-            pcmPacketRelease(packet);
-    }
-    Holder(const Holder &) = delete;
-    Holder &operator=(const Holder &) = delete;
-
-    PCM_PACKET *const packet;
-};
 
 /// The bits of samples, so that -0.0, NaN and their kin are compared as what they are.
 inline std::vector<uint32_t> BitsOf(const Samples &samples)
