@@ -1,6 +1,6 @@
 #!/bin/sh
-# consumers.sh LIBDIR WORK: builds and runs the programs of consumer/ against what is installed, LIBDIR being where its
-# libraries are: through pkg-config and through CMake. CC, CXX and CMAKE may name the tools.
+# consumers.sh LIBDIR WORK: builds and runs a sample in C and one in C++ against what is installed, LIBDIR being where
+# its libraries are: through pkg-config and, with consumer/, through CMake. CC, CXX and CMAKE may name the tools.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 libdir=$1 work=$2
@@ -15,8 +15,8 @@ export PKG_CONFIG_LIBDIR="$libdir/pkgconfig"
 version=$(pkg-config --modversion pcm)
 [ "$version" = "$(pkg-config --modversion pb)" ] || { echo "pcm.pc and pb.pc differ in version"; exit 1; }
 eval "set -- $(pkg-config --cflags --libs pcm)" # blanks in paths are escaped as in the shell
-"$CC" -std=c11 -Wall -Wextra "$here/consumer/consumer.c" -o "$work/pc_c" "$@"
-"$CXX" -std=c++20 -Wall -Wextra "$here/consumer/consumer.cpp" -o "$work/pc_cpp" "$@"
+"$CC" -std=c11 -Wall -Wextra "$here/../docs/samples/bytes.c" -o "$work/pc_c" "$@"
+"$CXX" -std=c++20 -Wall -Wextra "$here/../docs/samples/first.cpp" -o "$work/pc_cpp" "$@"
 run "$work/pc_c"
 run "$work/pc_cpp"
 
