@@ -11,7 +11,7 @@ TEST(Filter, WeighsTheNewestFrameWithTheFirstTapAndClampsWhatComesOut)
         pbInt channels;
         Samples taps, input, output;
     } rows[] = {
-        {2, {0.5f, 0.25f, -0.125f}, {1, 0.5f, 0, 0, 0, 1, 0, 0}, {0.5f, 0.25f, 0.25f, 0.125f, -0.125f, 0.4375f, 0, 0.25f}},
+        {2, {0.5f, 0.25f, -0.5f}, {1, 0.5f, 0, 0, 0, 1, 0, 0}, {0.5f, 0.25f, 0.25f, 0.125f, -0.5f, 0.25f, 0, 0.25f}},
         {1, {1, 0.5f}, {3, -1, -5, kInfinity, 0, kNan, 0.25f, 0.25f}, {1, 0.5f, -1, 1, 1, kNan, kNan, 0.375f}},
     };
     // clang-format on
