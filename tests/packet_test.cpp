@@ -120,8 +120,9 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
              p = pcm::Packet(kMost), p.AppendZero(0), p.Append(p), p.FramesExtend(kMost), p.FramesReduce(kMost);
              p.ChannelsAdjustReplaceWithDownmix(kMost - 1);
          }, {kMost - 1, {}}},
-        {"bytes", {1, {}}, [](auto &p) { p = Decoded({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80}, PCM_ENCODING_INT_16, 2); },
-         {2, {0.5f, -0.5f, 0x1p-15f, -1.0f}}},
+        {"bytes", {1, {}}, [](auto &p) {
+             p = Decoded({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80, 0, 0x20, 0, 0xE0}, PCM_ENCODING_INT_16, 2);
+         }, {2, {0.5f, -0.5f, 0x1p-15f, -1.0f, 0.25f, -0.25f}}},
         {"to bytes", {2, {0.5f, -0.5f}}, [](auto &p) {
              p = pcm::Packet::TryDecode(p.Encode(PCM_ENCODING_INT_8), PCM_ENCODING_INT_16, 1);
          }, {1, {-0x3FC0p-15f}}},

@@ -54,7 +54,7 @@ public:
         object_ = my_->packet.Get();
         shared_ = RefCount(object_) > 1;
         const pbInt frames = my_->shape.Frames();
-        if (frames > 300 || random_.OneIn(frames > 40 ? 4 : 14))
+        if (frames > 300 || random_.OneIn(frames > 70 ? 4 : 12))
             *my_ = Fresh();
         else
             switch (random_.From(0, 7)) {
@@ -78,8 +78,8 @@ public:
 private:
     Hand Fresh()
     {
-        const pbInt channels = random_.From(1, random_.OneIn(8) ? 70 : 3),
-                    frames = random_.From(0, random_.OneIn(8) ? 150 : 6);
+        const pbInt channels = random_.From(1, random_.OneIn(8) ? 70 : 4),
+                    frames = random_.From(0, random_.OneIn(4) ? 70 : 6);
         return Hand({channels, random_.OddRun(channels * frames)});
     }
 
@@ -126,6 +126,8 @@ private:
     /// From a packet, or from its samples, which may then also be read as frames of another number of channels.
     void WriteRectangle()
     {
+        if (random_.OneIn(2))
+            their_ = my_;
         Shape &to = my_->shape;
         const Shape before = their_->shape;
         const bool array = random_.OneIn(2), same = their_->packet.Get() == object_;
@@ -133,8 +135,10 @@ private:
                     length = std::ssize(before.samples) / width;
         const pbInt toChannel = random_.From(0, to.channels), toFrame = random_.From(0, to.Frames()),
                     fromChannel = random_.From(0, width), fromFrame = random_.From(0, length),
-                    channels = random_.From(0, std::min(to.channels - toChannel, width - fromChannel)),
-                    frames = random_.From(0, std::min(to.Frames() - toFrame, length - fromFrame));
+                    mostChannels = std::min(to.channels - toChannel, width - fromChannel),
+                    mostFrames = std::min(to.Frames() - toFrame, length - fromFrame),
+                    channels = random_.OneIn(2) ? mostChannels : random_.From(0, mostChannels),
+                    frames = random_.OneIn(2) ? mostFrames : random_.From(0, mostFrames);
         PCM_PACKET **const pkt = my_->packet.Address();
         if (array)
             pcmPacketWriteChannelsSamples(pkt, toChannel, toFrame, their_->packet.Samples().data(), fromChannel, width,
