@@ -1,10 +1,12 @@
-// What holds for every operation: objects that are missing and numbers beyond all bounds are refused, a failed
-// allocation ends the process, and the caller's floating-point environment is left alone.
+// What holds for every operation: what is missing or wrong is refused in the order of the checks, numbers beyond all
+// bounds too, a failed allocation ends the process, and the caller's floating-point environment is left alone.
 #include "operations.h"
 
 #include <atomic>
 #include <cstring>
 #include <fenv.h>
+#include <map>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,50 +14,61 @@ namespace {
 
 const std::vector<Operation> kOperations = AllOperations();
 
-/// Arguments that every operation accepts: an object of each sort, held by a handle too, so that a change copies it.
-/// Numbers are 2, 3, 4 and so on, which the objects are large enough for.
-class Arguments {
+/// Objects by the letters of the table of operations; and one of each sort that every operation accepts beside the
+/// numbers 2, 3, 4 and so on. All are shared, so that a change copies them.
+class Subjects {
 public:
-    Arguments()
+    Subjects()
     {
+        const auto put = [&](char name, const auto &handle) {
+            slots_[name] = held_.emplace_back(Held<PB_OBJ>::Share(pcm::Obj(handle.Get())));
+        };
         const auto pkt = MakePacket(16, Samples(16 * 12, 0.5f));
-        const pcm::FilterCoefficients taps(Samples{0.5f, 0.25f});
+        const pcm::FilterCoefficients taps(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000);
         pcm::PacketQueue queue(16);
         pcm::Filter filter(taps, 16);
-        const Bytes bytes(60);
-        for (int i = 0; i < 2; ++i)
-            queue.Write(pkt), filter.Write(pkt);
-        PB_VECTOR *vector = pbVectorCreate();
-        pbVectorAppendObj(&vector, pcmPacketObj(pkt.Get()));
-        const pcm::Tone tone(40);
-        const pcm::String text("PCM_ENCODING_INT_16");
-        const pcm::Buffer buffer(std::as_bytes(std::span(bytes)));
-        void *const objects[] = {pkt.Get(),    queue.Get(), filter.Get(), taps.Get(),           tone.Get(),
-                                 buffer.Get(), text.Get(),  vector,       pcm___FilterTypeEnum, pcm___EncodingFlagset,
-                                 pkt.Get()};
-        for (int sort = 0; sort < kSorts; ++sort)
-            for (PB_OBJ **each : {&objects_[sort], &handles_[sort]})
-                pbObjRetain(*each = static_cast<PB_OBJ *>(objects[sort]));
-        pbObjRelease(objects_[Sorts::Place<PB_VECTOR>()]);
-    }
-    ~Arguments()
-    {
-        for (int sort = 0; sort < kSorts; ++sort)
-            pbObjRelease(objects_[sort]), pbObjRelease(handles_[sort]);
+        auto vector = Held<PB_VECTOR>::Adopt(pbVectorCreate());
+        queue.Write(pkt), queue.Write(pkt), filter.Write(pkt), filter.Write(pkt);
+        pbVectorAppendObj(vector.Address(), pcm::Obj(pkt.Get()));
+        put('P', pkt), put('Q', queue), put('F', filter), put('V', vector), put('c', taps), put('t', pcm::Tone(40));
+        put('p', MakePacket(1, {1, 2, 3})), put('s', MakePacket(1, Samples(5))), put('d', MakePacket(2, Samples(6)));
+        put('e', pcm::Packet(2)), put('w', pcm::Packet(pbInt{1} << 62)), put('v', pcm::Packet(pbInt{1} << 60));
+        put('r', pcm::PacketQueue(2)), put('b', pcm::Buffer(std::as_bytes(std::span(arrays_[0], 15))));
+        put('x', pcm::String("PCM_ENCODING_INT_16")), put('y', Held<PB_ENUM>::Share(pcm___FilterTypeEnum));
+        put('g', Held<PB_FLAGSET>::Share(pcm___EncodingFlagset));
+        slots_['n'] = {};
     }
 
-    std::vector<Word> Of(const Operation &operation)
+    /// An argument as the table of operations says it.
+    Word Parse(const std::string &token, const Argument &argument)
+    {
+        if (argument.kind == Argument::Real)
+            return std::bit_cast<Word>(std::stod(token));
+        if (argument.kind == Argument::Array)
+            return reinterpret_cast<Word>(token == "a" ? arrays_[0] : nullptr);
+        if (argument.kind == Argument::Int)
+            return token[0] == '^'   ? Word{1} << std::stoi(token.substr(1))
+                   : token[0] == 'm' ? Word{1} << 63
+                   : token[0] == 'M' ? Word{INT64_MAX} / (token[1] ? std::stoi(token.substr(2)) : 1)
+                                     : static_cast<Word>(std::stoll(token));
+        if (token == "0")
+            return 0;
+        auto &slot = slots_.at(token[0]);
+        return argument.kind == Argument::Handle ? reinterpret_cast<Word>(slot.Address())
+                                                 : reinterpret_cast<Word>(slot.Get());
+    }
+
+    std::vector<Word> Accepted(const Operation &operation)
     {
         std::vector<Word> words;
-        Word number = 2;
+        int number = 2;
         for (const Argument &argument : operation.arguments)
-            switch (argument.kind) {
-            case Argument::Int: words.push_back(number++); break;
-            case Argument::Real: words.push_back(std::bit_cast<Word>(1.5)); break;
-            case Argument::Array: words.push_back(reinterpret_cast<Word>(arrays_[words.size() % 2])); break;
-            case Argument::Object: words.push_back(reinterpret_cast<Word>(objects_[argument.sort])); break;
-            default: words.push_back(reinterpret_cast<Word>(&handles_[argument.sort]));
-            }
+            if (argument.kind == Argument::Array)
+                words.push_back(reinterpret_cast<Word>(arrays_[words.size() % 2]));
+            else if (argument.kind == Argument::Object || argument.kind == Argument::Handle)
+                words.push_back(Parse({"PQFctbxVygx"[argument.sort]}, argument));
+            else
+                words.push_back(Parse(std::to_string(number++), argument));
         if (operation.name == "pcmPacketWrite") // a whole packet onto one as long
             words[1] = 0;
         if (operation.name == "pcmPacketWriteChannelsSamples") // from channels 4 to 10 of so many
@@ -63,26 +76,40 @@ public:
         return words;
     }
 
-    static void Call(const Operation &operation, const std::vector<Word> &words)
-    {
-        if (const Word result = operation.call(words.data()))
-            pbObjRelease(reinterpret_cast<PB_OBJ *>(result));
-    }
+    Samples Packet(char name) { return SamplesOf(pcmPacketFrom(slots_[name].Get())); }
 
 private:
-    PB_OBJ *objects_[kSorts], *handles_[kSorts];
+    std::map<char, Held<PB_OBJ>> slots_;
+    std::vector<Held<PB_OBJ>> held_;
     PCM_SAMPLE arrays_[2][300] = {};
 };
+
+void Call(const Operation &operation, const std::vector<Word> &words)
+{
+    const auto result = Held<PB_OBJ>::Adopt(reinterpret_cast<PB_OBJ *>(operation.call(words.data())));
+}
+
+/// What the calls are made with, and how a process ends that has left them as they were.
+Subjects *subjects;
+void (*endUntouched)(int) = nullptr;
+void EndIfUntouched(int signal)
+{
+    if (subjects->Packet('p') != Samples{1, 2, 3} || subjects->Packet('d') != Samples(6) ||
+        !subjects->Packet('e').empty())
+        _exit(1);
+    if (endUntouched)
+        endUntouched(signal);
+}
 
 /// Calls the operation with each of its arguments of a kind replaced by a value.
 template <class Check> void Replace(std::initializer_list<Argument::Kind> kinds, Word value, Check check)
 {
-    Arguments arguments;
+    Subjects accepted;
     for (const Operation &operation : kOperations)
         for (std::size_t at = 0; at < operation.arguments.size(); ++at)
             if (std::ranges::count(kinds, operation.arguments[at].kind)) {
                 SCOPED_TRACE(testing::Message() << operation.name << ", argument " << at);
-                auto words = arguments.Of(operation);
+                auto words = accepted.Accepted(operation);
                 words[at] = value;
                 check(operation, operation.arguments[at], words);
             }
@@ -108,6 +135,28 @@ TEST(Operations, RefuseWhatIsMissing)
     Replace({Argument::Handle}, reinterpret_cast<Word>(&none), refused("\\*"));
 }
 
+TEST(Operations, RefuseInTheOrderOfTheChecks)
+{
+    Subjects all;
+    subjects = &all;
+    for (const auto &operations : {kOperations, OtherOperations()})
+        for (const Operation &operation : operations) {
+            std::istringstream calls(operation.refusals);
+            for (std::string call, token; std::getline(calls, call, ';');) {
+                SCOPED_TRACE(operation.name + ' ' + call);
+                std::istringstream tokens(call.substr(0, call.find(':')));
+                std::vector<Word> words;
+                for (const Argument &argument : operation.arguments)
+                    tokens >> token, words.push_back(all.Parse(token, argument));
+                std::string file = operation.file, text = call.substr(call.find(": ") + 2);
+                if (const auto end = text.find(' '); text.starts_with("source/p"))
+                    file = text.substr(0, end), text.erase(0, end + 1);
+                EXPECT_ABORT((endUntouched = std::signal(SIGABRT, EndIfUntouched), operation.call(words.data())), file,
+                             text);
+            }
+        }
+}
+
 TEST(Operations, TakeOrRefuseNumbersAtTheEndsOf64Bits)
 {
     for (const pbInt value : {INT64_MIN, pbInt{1} << 61, INT64_MAX})
@@ -130,11 +179,11 @@ TEST(Operations, LeaveTheCallersFloatingPointEnvironmentAlone)
     fegetmode(&usual);
     EXPECT_EQ(std::memcmp(&atFirst, &usual, sizeof(usual)), 0); // so loading the library has left it
     for (const Operation &operation : kOperations) {
-        Arguments arguments;
+        Subjects accepted;
         fesetround(FE_UPWARD);
         feclearexcept(FE_ALL_EXCEPT);
         fegetmode(&mine);
-        arguments.Call(operation, arguments.Of(operation));
+        Call(operation, accepted.Accepted(operation));
         feclearexcept(FE_ALL_EXCEPT);
         fegetmode(&after);
         fesetmode(&atFirst);
@@ -176,10 +225,10 @@ TEST(Operations, EndTheProcessWhenAnAllocationFails)
         bool enough = false;
         for (int allocations = 0; !enough && allocations < 100; ++allocations) {
             const auto call = [=] {
-                Arguments arguments;
-                const auto words = arguments.Of(operation);
+                Subjects accepted;
+                const auto words = accepted.Accepted(operation);
                 allocationsLeft = allocations;
-                arguments.Call(operation, words);
+                Call(operation, words);
                 _exit(allocationsLeft >= 0 ? 3 : 2);
             };
             const auto endedWell = [&](int status) {

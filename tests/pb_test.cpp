@@ -11,9 +11,6 @@ namespace {
 /// Whether the suite is meant to run over the runtime that takes every liberty. These tests find out whether it does.
 const bool kLiberal = std::getenv("PCM_TEST_LIBERAL");
 
-template <class T> struct Held : pcm::Handle<Held<T>, T> {
-};
-
 TEST(PbInt, PredicatesAgreeWithWiderArithmetic)
 {
     std::vector<pbInt> values;

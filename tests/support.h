@@ -44,6 +44,10 @@ template <class Function> Function *Runtime(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
+/// An object of the runtime, for which pcm.hpp has no handle.
+template <class T> struct Held : pcm::Handle<Held<T>, T> {
+};
+
 inline pcm::Packet MakePacket(pbInt channels, const Samples &samples)
 {
     return pcm::Packet(samples, channels);
