@@ -78,7 +78,8 @@ TEST(Packet, IsWhatTheDefinitionsSayAtEverySize)
         for (const pbInt channels : {1, 2, 3, 4, 5, 6, 7, 8, 9, 16, 31, 63, 64, 65, 70})
             for (const uint64_t number : numbers)
                 for (const pbInt frames : lengths) {
-                    if (HasFailure() || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
+                    const bool seen = reshape.numbers && number >= reshape.numbers; // as a smaller number
+                    if (HasFailure() || seen || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
                         break;
                     SCOPED_TRACE(testing::Message() << reshape.name << " by " << number << ", " << channels
                                                     << " channels, " << frames << " frames");

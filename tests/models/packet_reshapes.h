@@ -26,6 +26,7 @@ struct Shape {
 template <class Of> Shape Made(pbInt channels, pbInt frames, const Of &of)
 {
     Shape shape{channels, {}};
+    shape.samples.reserve(channels * frames);
     for (pbInt f = 0; f < frames; ++f)
         for (pbInt c = 0; c < channels; ++c)
             shape.samples.push_back(of(f, c));
@@ -56,10 +57,10 @@ inline pcm::Packet Using(std::span<const PCM_SAMPLE> samples, pbInt channels)
 /// An operation on all of a packet, which takes a number.
 struct Reshape {
     const char *name;
-    bool inPlace;  ///< the object stays where nobody else holds it
-    bool leaves;   ///< nothing is done where the channels and the frames stay
-    pbInt least;   ///< of the numbers that it takes
-    pbInt numbers; ///< how many those are; none where they are masks of channels
+    bool inPlace;     ///< the object stays where nobody else holds it
+    bool leaves;      ///< nothing is done where the channels and the frames stay
+    pbInt least;      ///< of the numbers that it takes
+    uint64_t numbers; ///< how many those are; none where they are masks of channels
     void (*apply)(pcm::Packet &pkt, pbInt n);
     Shape (*plain)(const Shape &from, pbInt n);
 
@@ -68,7 +69,7 @@ struct Reshape {
         const uint64_t all = channels < 64 ? (uint64_t{1} << channels) - 1 : UINT64_MAX;
         if (numbers == 0)
             return static_cast<pbInt>(any & all ? any & all : all);
-        return least + static_cast<pbInt>(any % static_cast<uint64_t>(numbers));
+        return least + static_cast<pbInt>(any % numbers);
     }
 };
 
