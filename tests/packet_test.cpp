@@ -15,8 +15,7 @@ std::function<void()> meanwhile;
 /// What the library last told an account: how many of which size.
 std::pair<pbInt, pbInt> account;
 
-// Slots of memory, while there are any: each block that the library asks for ends a slot, right before pages that
-// nobody may touch.
+// Slots of memory, while there are any. Each block of frames ends a slot, right before pages that nobody may touch.
 constexpr std::size_t kSlots = 8, kSlot = 1 << 18, kRoom = kSlot - 65536; // whatever the size of a page
 char *slots = nullptr;
 unsigned usedSlots = 0;
@@ -49,10 +48,6 @@ extern "C" void *pbMemAllocN(pbInt count, pbInt size)
 {
     return slots ? pbMemReallocN(nullptr, count, size) : Runtime<decltype(pbMemAllocN)>("pbMemAllocN")(count, size);
 }
-extern "C" void *pbMemAlloc(pbInt bytes)
-{
-    return slots ? pbMemReallocN(nullptr, bytes, 1) : Runtime<decltype(pbMemAlloc)>("pbMemAlloc")(bytes);
-}
 extern "C" void pbMemCopy(void *dest, const void *source, pbInt bytes)
 {
     Runtime<decltype(pbMemCopy)>("pbMemCopy")(dest, source, bytes);
@@ -83,7 +78,8 @@ TEST(Packet, IsWhatTheDefinitionsSayAtEverySize)
         for (const pbInt channels : {1, 2, 3, 4, 5, 6, 7, 8, 9, 16, 31, 63, 64, 65, 70})
             for (const uint64_t number : numbers)
                 for (const pbInt frames : lengths) {
-                    if (HasFailure() || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
+                    const bool seen = reshape.numbers && number >= reshape.numbers; // as a smaller number
+                    if (HasFailure() || seen || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
                         break;
                     SCOPED_TRACE(testing::Message() << reshape.name << " by " << number << ", " << channels
                                                     << " channels, " << frames << " frames");
@@ -107,11 +103,8 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
     // clang-format off
     const struct { const char *name; Shape before; void (*call)(pcm::Packet &pkt); Shape after; } rows[] = {
         {"create", {1, {}}, [](auto &p) { p = pcm::Packet(3); }, {3, {}}},
-        {"use", {1, {}}, [](auto &p) {
-             auto *const block = static_cast<PCM_SAMPLE *>(pbMemAlloc(24));
-             std::fill_n(block, 6, 5.0f);
-             p = pcm::Packet::CreateFromSamplesUse(block, 2, 3);
-         }, {2, Samples(6, 5.0f)}},
+        {"use", {1, {}}, [](auto &p) { p = Using(Samples{1, 2, 3, 4, 5, 6}, 2); }, {2, {1, 2, 3, 4, 5, 6}}},
+        {"copy", {1, {}}, [](auto &p) { p = MakePacket(2, {1, 2, 3, 4, 5, 6}); }, {2, {1, 2, 3, 4, 5, 6}}},
         {"use, wide, of a block for no frames", {1, {}}, [](auto &p) {
              p = pcm::Packet::CreateFromSamplesUse(static_cast<PCM_SAMPLE *>(pbMemAlloc(4)), kMost, 0);
          }, {kMost, {}}},
@@ -120,29 +113,24 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
              p = pcm::Packet(kMost), p.AppendZero(0), p.Append(p), p.FramesExtend(kMost), p.FramesReduce(kMost);
              p.ChannelsAdjustReplaceWithDownmix(kMost - 1);
          }, {kMost - 1, {}}},
-        {"bytes", {1, {}}, [](auto &p) {
-             p = Decoded({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80, 0, 0x20, 0, 0xE0}, PCM_ENCODING_INT_16, 2);
-         }, {2, {0.5f, -0.5f, 0x1p-15f, -1.0f, 0.25f, -0.25f}}},
+        {"bytes", {1, {}}, [](auto &p) { p = Decoded({0, 0x40, 0, 0xC0, 1, 0, 0, 0x80}, PCM_ENCODING_INT_16, 2); },
+         {2, {0.5f, -0.5f, 0x1p-15f, -1.0f}}},
         {"to bytes", {2, {0.5f, -0.5f}}, [](auto &p) {
              p = pcm::Packet::TryDecode(p.Encode(PCM_ENCODING_INT_8), PCM_ENCODING_INT_16, 1);
          }, {1, {-0x3FC0p-15f}}},
-        {"no bytes", {2, {}}, [](auto &p) { p = pcm::Packet::TryDecode(p.Encode(1), 0, 3); }, {3, {}}},
-        {"the order counts", {3, {1e8f, -1e8f, 3, 3, 1e8f, -1e8f}},
-         [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(1); }, {1, {1, 0}}},
+        {"in order", {3, {1e8f, -1e8f, 3}}, [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(1); }, {1, {1}}},
         {"not clamped", {2, {1.5f, 2.5f}}, [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(3); }, {3, {2, 2, 2}}},
         {"average", {2, {1, 0.5f}}, [](auto &p) { p.ChannelsAdjustExpandWithDownmix(3); }, {3, {1, 0.5f, 0.75f}}},
         {"stuffed", {2, {1, 2, 3, 4}}, [](auto &p) { p.FramesExtend(2); }, {2, {1, 2, 0, 0, 3, 4, 0, 0}}},
         {"picked", {2, {1, 2, 3, 4, 5, 6}}, [](auto &p) { p.FramesReduce(3); }, {2, {1, 2}}},
         {"20 dB", {1, {0.1f, -1.5f}}, [](auto &p) { p.LevelAdjust(20); }, {1, {0.1f * 10, -15}}},
         {"0 dB multiplies nothing", {1, {nan}}, [](auto &p) { p.LevelAdjust(-0.0); }, {1, {nan}}},
-        {"kept beside the average", {1, {nan}},
-         [](auto &p) { p.ChannelsAdjustExpandWithDownmix(2), p.SetChannels(1); }, {1, {nan}}},
-        {"the last sample that 64 bits reach", {2, {1, 2}},
-         [](auto &p) { p.WriteChannels(1, 0, {&nan, 1}, 0, kMost, 0, 1, 1); }, {2, {1, nan}}},
-        {"no channels, however far", {2, {1, 2}},
-         [](auto &p) { p.WriteChannels(2, 0, {&nan, 1}, 0, kMost, kMost - 2, 0, 1); }, {2, {1, 2}}},
-        {"no frames, however far", {2, {1, 2}},
-         [](auto &p) { p.WriteChannels(1, 0, {}, 0, kMost, kMost - 2, 1, 0); }, {2, {1, 2}}},
+        {"kept", {1, {nan}}, [](auto &p) { p.ChannelsAdjustExpandWithDownmix(2), p.SetChannels(1); }, {1, {nan}}},
+        {"far", {2, {1, 2}}, [](auto &p) { p.WriteChannels(1, 0, {&nan, 1}, 0, kMost, 0, 1, 1); }, {2, {1, nan}}},
+        {"too far for any", {2, {1, 2}}, [](auto &p) {
+             p.WriteChannels(2, 0, {&nan, 1}, 0, kMost, kMost - 2, 0, 1);
+             p.WriteChannels(1, 0, {}, 0, kMost, kMost - 2, 1, 0);
+         }, {2, {1, 2}}},
         {"its own samples as they were, though the others let go meanwhile", {2, {1, 2, 3, 4, 5, 6}}, [](auto &p) {
              meanwhile = [other = p]() mutable { other = pcm::Packet(); };
              p.WriteChannels(0, 1, p.Samples(), 0, 2, 0, 1, 2);

@@ -64,8 +64,7 @@ public:
                            random_.OneIn(6) ? random_.Bits() : static_cast<uint64_t>(random_.From(0, 3)));
                 break;
             case 2: Delete(); break;
-            case 3: WriteRectangle(); break;
-            default: WriteOrInsert();
+            default: random_.OneIn(3) ? WriteRectangle() : WriteOrInsert();
             }
         for (const Hand &hand : hands_) {
             hand.Check();

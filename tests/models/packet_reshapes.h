@@ -26,6 +26,7 @@ struct Shape {
 template <class Of> Shape Made(pbInt channels, pbInt frames, const Of &of)
 {
     Shape shape{channels, {}};
+    shape.samples.reserve(channels * frames);
     for (pbInt f = 0; f < frames; ++f)
         for (pbInt c = 0; c < channels; ++c)
             shape.samples.push_back(of(f, c));
@@ -44,13 +45,22 @@ inline Shape Mixed(const Shape &from, pbInt channels, pbInt kept, double gain)
     return Made(channels, from.Frames(), [&](pbInt f, pbInt c) { return c < kept ? from(f, c) : sums(f, 0); });
 }
 
+/// A packet of whole frames, in a block of exactly so many.
+inline pcm::Packet Using(std::span<const PCM_SAMPLE> samples, pbInt channels)
+{
+    const pbInt frames = std::ssize(samples) / channels;
+    auto *const block = static_cast<PCM_SAMPLE *>(pbMemAllocN(frames, channels * 4));
+    std::copy_n(samples.begin(), frames * channels, block);
+    return pcm::Packet::CreateFromSamplesUse(block, channels, frames);
+}
+
 /// An operation on all of a packet, which takes a number.
 struct Reshape {
     const char *name;
-    bool inPlace;  ///< the object stays where nobody else holds it
-    bool leaves;   ///< nothing is done where the channels and the frames stay
-    pbInt least;   ///< of the numbers that it takes
-    pbInt numbers; ///< how many those are; none where they are masks of channels
+    bool inPlace;     ///< the object stays where nobody else holds it
+    bool leaves;      ///< nothing is done where the channels and the frames stay
+    pbInt least;      ///< of the numbers that it takes
+    uint64_t numbers; ///< how many those are; none where they are masks of channels
     void (*apply)(pcm::Packet &pkt, pbInt n);
     Shape (*plain)(const Shape &from, pbInt n);
 
@@ -59,7 +69,7 @@ struct Reshape {
         const uint64_t all = channels < 64 ? (uint64_t{1} << channels) - 1 : UINT64_MAX;
         if (numbers == 0)
             return static_cast<pbInt>(any & all ? any & all : all);
-        return least + static_cast<pbInt>(any % static_cast<uint64_t>(numbers));
+        return least + static_cast<pbInt>(any % numbers);
     }
 };
 
@@ -71,8 +81,9 @@ inline const Reshape kReshapes[] = {
      [](auto &old, auto n) { return Made(old.channels, n, old); }},
     {"Clear", true, true, 0, 1, [](auto &pkt, auto) { pkt.Clear(); },
      [](auto &old, auto) { return Shape{old.channels, {}}; }},
-    {"CreateFrom", false, false, 0, 1, [](auto &pkt, auto) { pkt = pcm::Packet::CreateFrom(pkt); },
-     [](auto &old, auto) { return old; }},
+    {"CreateFrom, or of its bytes", false, false, 0, 2, [](auto &pkt, auto n) {
+         pkt = n ? pcm::Packet::TryDecode(pkt.Encode(0), 0, pkt.Channels()) : pcm::Packet::CreateFrom(pkt);
+     }, [](auto &old, auto) { return old; }},
     {"WithChannels", false, true, 1, 70, [](auto &pkt, auto n) { pkt = pkt.WithChannels(n); },
      [](auto &old, auto n) { return Mixed(old, n, 0, 1.0); }},
     {"WithChannelMask", false, true, 1, 0, [](auto &pkt, auto n) { pkt = pkt.WithChannelMask(n); },
@@ -101,7 +112,7 @@ inline const Reshape kReshapes[] = {
      }},
     {"WriteChannels, into the last ones, of the samples as frames of n", true, false, 1, 70,
      [](auto &pkt, auto n) {
-         const pcm::Packet source(pkt.Samples(), n);
+         const pcm::Packet source = Using(pkt.Samples(), n);
          const pbInt channels = std::min(n, pkt.Channels()), frames = std::min(pkt.Frames(), source.Frames());
          pkt.WriteChannels(pkt.Channels() - channels, 0, source, n - channels, 0, channels, frames);
      },
@@ -116,7 +127,7 @@ inline const Reshape kReshapes[] = {
 
 /// A packet, and what it should be.
 struct Hand {
-    explicit Hand(Shape made) : shape(std::move(made)), packet(shape.samples, shape.channels) {}
+    explicit Hand(Shape made) : shape(std::move(made)), packet(Using(shape.samples, shape.channels)) {}
 
     void Check() const
     {
