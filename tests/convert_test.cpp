@@ -18,25 +18,19 @@ TEST(Convert, BytesThatCanBeLookedUp)
     const struct { const char *name; PCM_ENCODING encoding; float sample; Bytes bytes; float decoded; } rows[] = {
         {"16 full", s16, 1.0f, {0xFF, 0x7F}, 32767 / 32768.0f},
         {"16 full, big", s16 | big, 1.0f, {0x7F, 0xFF}, 32767 / 32768.0f},
-        {"16 half", s16, -0.5f, {0x00, 0xC0}, -0.5f},
-        {"16 beyond", s16, -3.0f, {0x00, 0x80}, -1.0f},
-        {"16 NaN", s16, nan, {0x00, 0x00}, 0.0f},
-        {"16 unsigned NaN", s16 | u, nan, {0x00, 0x00}, -1.0f},
+        {"16 half", s16, -0.5f, {0x00, 0xC0}, -0.5f}, {"16 beyond", s16, -3.0f, {0x00, 0x80}, -1.0f},
+        {"16 NaN", s16, nan, {0x00, 0x00}, 0.0f}, {"16 unsigned NaN", s16 | u, nan, {0x00, 0x00}, -1.0f},
         {"16 rounds down, not to zero", s16, -1e-6f, {0xFF, 0xFF}, -1 / 32768.0f},
-        {"8 unsigned middle", s8 | u, 0.0f, {0x80}, 0.0f},
-        {"8 unsigned full", s8 | u, 1.0f, {0xFF}, 127 / 128.0f},
+        {"8 unsigned middle", s8 | u, 0.0f, {0x80}, 0.0f}, {"8 unsigned full", s8 | u, 1.0f, {0xFF}, 127 / 128.0f},
         {"32 full", PCM_ENCODING_INT_32, 1.0f, {0xFF, 0xFF, 0xFF, 0x7F}, 1.0f},
         {"16 in 32", s16 | in32, code1234, {0x34, 0x12, 0, 0}, code1234},
         {"16 in 32, big", s16 | in32 | big, code1234, {0, 0, 0x12, 0x34}, code1234},
         {"16 in 32, big, first", s16 | in32 | big | PCM_ENCODING_PAD_AFTER, code1234, {0x12, 0x34, 0, 0}, code1234},
         {"16 in 32, last", s16 | in32 | PCM_ENCODING_PAD_BEFORE, code1234, {0, 0, 0x34, 0x12}, code1234},
-        {"A-law zero", alaw, -0.00001f, {0xD5}, 8 / 32768.0f},
-        {"A-law full", alaw, 1.0f, {0xAA}, 32256 / 32768.0f},
-        {"A-law lowest", alaw, -1.0f, {0x2A}, -32256 / 32768.0f},
-        {"A-law NaN", alaw, nan, {0xD5}, 8 / 32768.0f},
+        {"A-law zero", alaw, -0.00001f, {0xD5}, 8 / 32768.0f}, {"A-law full", alaw, 1.0f, {0xAA}, 32256 / 32768.0f},
+        {"A-law lowest", alaw, -1.0f, {0x2A}, -32256 / 32768.0f}, {"A-law NaN", alaw, nan, {0xD5}, 8 / 32768.0f},
         {"A-law in 16, big", alaw | PCM_ENCODING_PACK_16 | big, 1.0f, {0, 0xAA}, 32256 / 32768.0f},
-        {"mu-law zero", mulaw, 0.0f, {0xFF}, 0.0f},
-        {"mu-law full", mulaw, 1.0f, {0x80}, 32120 / 32768.0f},
+        {"mu-law zero", mulaw, 0.0f, {0xFF}, 0.0f}, {"mu-law full", mulaw, 1.0f, {0x80}, 32120 / 32768.0f},
         {"mu-law lowest", mulaw, -1.0f, {0x00}, -32128 / 32768.0f},
         {"float beyond, big", f32 | big, 4.0f, {0x40, 0x80, 0, 0}, 4.0f},
         {"no type is the host's float", big, 1.0f, {0, 0, 0x80, 0x3F}, 1.0f},
@@ -74,59 +68,44 @@ TEST(G711, TablesAreTheRecommendations)
     }
 }
 
-/// Compares what the library makes of these samples, and of these codes, with the plain definition. Containers of their
-/// own size are converted as vectors, wider ones one sample at a time.
-void CheckCodecs(const Samples &samples, const std::vector<uint32_t> &codes, std::initializer_list<PCM_ENCODING> packs)
+/// Compares what the library makes of these patterns, as samples and as codes, with the plain definition. Containers of
+/// their own size are converted as vectors, wider ones one sample at a time.
+void CheckCodecs(const std::vector<uint32_t> &patterns, std::initializer_list<PCM_ENCODING> packs)
 {
+    Samples samples, decoded(patterns.size());
+    for (const uint32_t pattern : patterns)
+        samples.push_back(std::bit_cast<float>(pattern));
     for (const PCM_ENCODING type : {1, 2, 4, 8, 16, 32, 64})
         for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED})
             for (const PCM_ENCODING pack : packs) {
-                const PCM_ENCODING encoding = type | sign | pack;
-                const Plain plain(encoding);
+                const Plain plain(type | sign | pack);
                 Bytes bytes(samples.size() * static_cast<std::size_t>(plain.container), 0xA5);
-                pcm___Convert(bytes.data(), encoding, samples.data(), 0, std::ssize(samples));
-                ASSERT_TRUE(bytes == plain.Encode(samples)) << encoding;
-
-                bytes.assign(codes.size() * static_cast<std::size_t>(plain.container), 0xA5);
-                for (pbInt i = 0; i < std::ssize(codes); ++i)
-                    for (pbInt byte = 0; byte < plain.bytes; ++byte)
-                        bytes.begin()[plain.PlaceOf(i, byte)] =
-                            static_cast<uint8_t>(codes.begin()[i] >> 8 * (4 - plain.bytes + byte));
-                Samples decoded(codes.size(), 9.0f);
-                pcm___Convert(decoded.data(), 0, bytes.data(), encoding, std::ssize(decoded));
-                ASSERT_TRUE(BitsOf(decoded) == BitsOf(plain.Decode(bytes))) << encoding;
+                pcm___Convert(bytes.data(), type | sign | pack, samples.data(), 0, std::ssize(samples));
+                ASSERT_TRUE(bytes == plain.Encode(samples)) << (type | sign | pack);
+                for (pbInt i = 0; i < std::ssize(patterns); ++i)
+                    for (pbInt b = 0; b < plain.bytes; ++b) // the top bytes
+                        bytes[plain.PlaceOf(i, b)] = static_cast<uint8_t>(patterns[i] >> 8 * (4 - plain.bytes + b));
+                pcm___Convert(decoded.data(), 0, bytes.data(), type | sign | pack, std::ssize(decoded));
+                ASSERT_TRUE(BitsOf(decoded) == BitsOf(plain.Decode(bytes))) << (type | sign | pack);
             }
 }
 
+/// First every 16-bit value with its neighbours, and every first 16 bits: every exponent with every beginning of a
+/// mantissa. Then of all 2^32 patterns every 4093rd, or as many as PCM_TEST_STRIDE says: with 1, which takes long, all.
 TEST(Convert, EveryCodecAgreesWithThePlainDefinition)
 {
-    Random random;
-    Samples samples; // every 16-bit value with its neighbours; every exponent with every beginning of a mantissa
-    std::vector<uint32_t> codes; // every code of one and two bytes, every beginning of others
+    std::vector<uint32_t> patterns;
     for (int n = -32768; n <= 32768; ++n)
         for (const float towards : {-9.0f, static_cast<float>(n) / 32768, 9.0f})
-            samples.push_back(std::nextafter(static_cast<float>(n) / 32768, towards));
-    for (uint32_t top = 0; top <= 0xFFFF; ++top) {
-        samples.push_back(std::bit_cast<float>(top << 16 | 1));
-        codes.push_back(top << 16 | (random.Bits() & 0xFFFF));
-    }
-    CheckCodecs(samples, codes, {0, PCM_ENCODING_PACK_64});
-}
-
-/// Of the 2^32 floats and codes every 4093rd, or as many as PCM_TEST_STRIDE says: with 1, which takes long, all.
-TEST(Convert, EveryFloatAndEveryCodeAgrees)
-{
+            patterns.push_back(std::bit_cast<uint32_t>(std::nextafter(static_cast<float>(n) / 32768, towards)));
+    for (uint32_t top = 0; top <= 0xFFFF; ++top)
+        patterns.push_back(top << 16 | 1);
+    CheckCodecs(patterns, {0, PCM_ENCODING_PACK_64});
     const char *const text = std::getenv("PCM_TEST_STRIDE");
     const uint64_t stride = text ? std::strtoull(text, nullptr, 10) : 4093;
-    for (uint64_t next = 0; next >> 32 == 0 && !HasFailure();) {
-        Samples samples;
-        std::vector<uint32_t> codes;
-        for (; next >> 32 == 0 && codes.size() < 65536; next += stride) {
-            codes.push_back(static_cast<uint32_t>(next));
-            samples.push_back(std::bit_cast<float>(codes.back()));
-        }
-        CheckCodecs(samples, codes, {0});
-    }
+    for (uint64_t next = 0; next >> 32 == 0 && !HasFailure(); CheckCodecs(patterns, {0}))
+        for (patterns.clear(); next >> 32 == 0 && patterns.size() < 65536; next += stride)
+            patterns.push_back(static_cast<uint32_t>(next));
 }
 
 } // namespace
