@@ -127,7 +127,7 @@ inline std::vector<Operation> AllOperations()
         "p M s 4 1: PB_INT_ADD_OK( idx, frames ); p 3 d 0 1: idx + frames <= (*pkt)->frames; "
         "p 4 d 3 0: idx + frames <= (*pkt)->frames; p 3 d 3 0: (*pkt)->channels == source->channels");
     OPERATION(pcmPacketWriteOuter, "p -1 0 -1 -1: idx >= 0; p M s 5 1: offset + frames <= source->frames; "
-        "p M s 0 0: PB_INT_ADD_OK( idx, source->frames - frames ); "
+        "p M s 0 4: PB_INT_ADD_OK( idx, source->frames - frames ); "
         "p 2 d 0 1: idx + (source->frames - frames) <= (*pkt)->frames; "
         "p 3 d 0 3: (*pkt)->channels == source->channels");
     OPERATION(pcmPacketWriteTrailing, "0 0 s m: PB_INT_SUB_OK( source->frames, frames ); p 0 s 6: offset >= 0");

@@ -102,7 +102,7 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
     static const auto nan = std::bit_cast<float>(0x7F812345u); // which arithmetic would change
     // clang-format off
     const struct { const char *name; Shape before; void (*call)(pcm::Packet &pkt); Shape after; } rows[] = {
-        {"create", {1, {}}, [](auto &p) { p = pcm::Packet(3); }, {3, {}}},
+        {"set", {1, {}}, [](auto &p) { p = pcm::Packet(2), p.SetChannels(3); }, {3, {}}},
         {"use", {1, {}}, [](auto &p) { p = Using(Samples{1, 2, 3, 4, 5, 6}, 2); }, {2, {1, 2, 3, 4, 5, 6}}},
         {"copy", {1, {}}, [](auto &p) { p = MakePacket(2, {1, 2, 3, 4, 5, 6}); }, {2, {1, 2, 3, 4, 5, 6}}},
         {"use, wide, of a block for no frames", {1, {}}, [](auto &p) {
@@ -146,7 +146,7 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
         hand.Check();
         EXPECT_EQ(RefCount(hand.packet.Get()), 1);
         const std::pair<pbInt, pbInt> told = {row.after.Frames(), std::min(row.after.channels, kMost / 4) * 4};
-        EXPECT_TRUE(account.first < 0 || account == told) << account.first << " of " << account.second;
+        EXPECT_TRUE((account.first < 0 && !row.after.samples.empty()) || account == told) << account.first << " of " << account.second;
     }
     for (const std::size_t length : {5, 6, 7}) // every remainder
         EXPECT_FALSE(Decoded(Bytes(length), PCM_ENCODING_INT_16, 2)) << length;

@@ -81,14 +81,14 @@ inline std::vector<uint32_t> BitsOf(const Samples &samples)
     return bits;
 }
 
-/// Equal bits, or NaN and NaN: which of its many patterns arithmetic gives a NaN is the processor's affair.
+/// Equal bits, or NaN and NaN: which of its quiet patterns arithmetic gives a NaN is the processor's affair.
 inline testing::AssertionResult Same(const Samples &actual, const Samples &expected)
 {
     if (actual.size() != expected.size())
         return testing::AssertionFailure() << actual.size() << " samples, not " << expected.size();
     for (std::size_t i = 0; i < actual.size(); ++i)
         if (std::bit_cast<uint32_t>(actual[i]) != std::bit_cast<uint32_t>(expected[i]) &&
-            !(std::isnan(actual[i]) && std::isnan(expected[i])))
+            !(std::isnan(actual[i]) && std::isnan(expected[i]) && std::bit_cast<uint32_t>(expected[i]) & 0x400000))
             return testing::AssertionFailure() << "sample " << i << " is " << actual[i] << ", not " << expected[i];
     return testing::AssertionSuccess();
 }
