@@ -24,13 +24,15 @@ struct Wave {
 };
 
 /// What is gathered from tones, and how a sample is made of one of each.
-const struct Generator {
+struct Generator {
     const char *name;
     void (*gatherSamples)(pcm::Tone &, pcm::Tone &, std::span<PCM_SAMPLE>);
     void (*gatherSamplesAdd)(pcm::Tone &, pcm::Tone &, std::span<PCM_SAMPLE>);
     pcm::Packet (*gather)(pcm::Tone &, pcm::Tone &, pbInt);
     PCM_SAMPLE (*combine)(PCM_SAMPLE a, PCM_SAMPLE b); ///< null for the first tone alone
-} kGenerators[] = {
+};
+
+inline const Generator kGenerators[] = {
     {"tone", [](auto &a, auto &, auto dest) { a.GatherSamples(dest); },
      [](auto &a, auto &, auto dest) { a.GatherSamplesAdd(dest); },
      [](auto &a, auto &, auto samples) { return a.Gather(samples); }, nullptr},
