@@ -5,10 +5,10 @@
 #include <dlfcn.h>
 #include <sys/resource.h>
 
-// Memory that cannot be had is the runtime's to report, also under the sanitizers.
+// Memory that cannot be had is the runtime's to report, also under the sanitizers. A small process forks soon.
 extern "C" const char *__asan_default_options()
 {
-    return "allocator_may_return_null=1";
+    return "allocator_may_return_null=1:quarantine_size_mb=8";
 }
 
 extern "C" const char *__tsan_default_options()
