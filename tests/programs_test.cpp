@@ -6,15 +6,12 @@
 #include <complex>
 #include <filesystem>
 
-#include <sys/wait.h>
-
 namespace {
 
 constexpr int kWav = SF_FORMAT_WAV, kWavex = SF_FORMAT_WAVEX, kAu = SF_FORMAT_AU, kCaf = SF_FORMAT_CAF,
-              kFlac = SF_FORMAT_FLAC, kVorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS, kLittle = SF_ENDIAN_LITTLE,
-              kBig = SF_ENDIAN_BIG, k8 = SF_FORMAT_PCM_S8, k8u = SF_FORMAT_PCM_U8, k16 = SF_FORMAT_PCM_16,
-              k24 = SF_FORMAT_PCM_24, k32 = SF_FORMAT_PCM_32, kFloat = SF_FORMAT_FLOAT, kF = kWavex | kFloat,
-              kAlaw = SF_FORMAT_ALAW, kMulaw = SF_FORMAT_ULAW;
+              kVorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS, kLittle = SF_ENDIAN_LITTLE, kBig = SF_ENDIAN_BIG,
+              k8 = SF_FORMAT_PCM_S8, k8u = SF_FORMAT_PCM_U8, k16 = SF_FORMAT_PCM_16, k24 = SF_FORMAT_PCM_24,
+              k32 = SF_FORMAT_PCM_32, kFloat = SF_FORMAT_FLOAT, kF = kWavex | kFloat, kMulaw = SF_FORMAT_ULAW;
 
 /// Runs commands that have to end with this exit status. @return what they printed on standard output and error
 std::string Shell(const std::string &commands, int status = 0)
@@ -23,7 +20,7 @@ std::string Shell(const std::string &commands, int status = 0)
     std::string text;
     for (int c; (c = std::fgetc(pipe)) != EOF;)
         text += static_cast<char>(c);
-    EXPECT_EQ(pclose(pipe), W_EXITCODE(status, 0)) << commands << ": " << text;
+    EXPECT_EQ(pclose(pipe), status << 8) << commands << ": " << text;
     return text;
 }
 
@@ -75,7 +72,7 @@ TEST_F(Programs, RefuseInOneLineAndLeaveNothingBehind)
     // clang-format on
     const Samples noise = Random().Run(50000);
     for (const int format : {kWav | k16, SF_FORMAT_AIFF | k16, SF_FORMAT_RF64 | k16, kAu | k16, kCaf | k16,
-                             SF_FORMAT_W64 | k16, kFlac | k16, kVorbis}) {
+                             SF_FORMAT_W64 | k16, SF_FORMAT_FLAC | k16, kVorbis}) {
         const std::string name = std::to_string(format);
         Write(name, format, 8000, 1, noise);
         std::filesystem::resize_file(name, 8000);
@@ -130,15 +127,15 @@ TEST_F(Programs, TranscodeReadsEveryContainerAndChangesWhatItIsTold)
 {
     // clang-format off
     const struct { int in, out; std::string options = "", report = ""; int steps = 2; Samples changed = {}; } rows[] = {
-        {kWav | k16, kWav | k16 | kBig, "--encoding s16be"}, {kWav | k16, kAu | kAlaw, "--encoding alaw", "", 2048},
-        {kWav | k16, kAu | k24 | kLittle, "--encoding s24le"}, {kAu | kMulaw, kWav | kMulaw, "", "", 2048},
+        {kWav | k16, kWav | k16 | kBig, "--encoding s16be"}, {kCaf | kFloat | kLittle, kAu | kFloat, "", "", 0},
+        {kWav | k16, kAu | k24 | kLittle, "--encoding s24le"}, {kWav | SF_FORMAT_DOUBLE, kF, "", "", 0},
+        {kWav | k16, kAu | SF_FORMAT_ALAW, "--encoding alaw", "", 2048}, {kAu | kMulaw, kWav | kMulaw, "", "", 2048},
         {kWav | k8u, kAu | k8, "", "", 512}, {kAu | k8, kWav | k8u, "", "", 512}, {kWav | k24 | kBig, kWavex | k24},
-        {kWavex | k32, kAu | k32}, {kCaf | kFloat | kLittle, kAu | kFloat}, {SF_FORMAT_AIFF | k16 | kLittle, kWav | k16},
-        {kWav | SF_FORMAT_DOUBLE, kF, "", "", 0}, {SF_FORMAT_FLAC | k24, kWavex | k24}, {SF_FORMAT_W64 | k24, kWavex | k24},
-        {SF_FORMAT_RF64 | k16, kWav | k16}, {SF_FORMAT_VOC | k16, kWav | k16}, {kVorbis, kWav | k16, "", "", 131072},
-        {kCaf | SF_FORMAT_ALAC_16, kWav | k16}, {kF, kF, "--channels 3 --trim 0:1", " 3 channels, ", 0, {2, 2, 2}},
-        {kF, kF, "--trim 1:2 --pad 1 --channels 1", " 1 channel", 0, {-2, 2, 0}},
-        {kF, kF, "--channels 1 --expand", "wav f32le, 50 Hz, 2 channels, 0.060 s (3 frames), peak 12.0 dB, ", 0, {2, -2, 2}},
+        {kVorbis, kWav | k16, "", "", 131072}, {SF_FORMAT_W64 | k24, kWavex | k24}, {kWavex | k32, kAu | k32},
+        {SF_FORMAT_FLAC | k24, kWavex | k24}, {SF_FORMAT_RF64 | k16, kWav | k16}, {SF_FORMAT_VOC | k16, kWav | k16},
+        {SF_FORMAT_AIFF | k16 | kLittle, kWav | k16}, {kF, kF, "--channels 3 --trim 0:1", " 3 ch", 0, {2, 2, 2}},
+        {kCaf | SF_FORMAT_ALAC_16, kWav | k16}, {kF, kF, "--trim 1:2 --pad 1 --channels 1", " 1 ch", 0, {-2, 2, 0}},
+        {kF, kF, "--channels 1 --expand", "wav f32le, 50 Hz, 2 channels, 0.060 s (3 frames), peak 12", 0, {2, -2, 2}},
         {kF, kF, "--trim 1:1 --level=40", "0.020 s (1 frames), peak 52.0 dB, RMS 49.0 dB\n", 0, {0, -400}},
         {kF, kWavex | k32, "--encoding s32le", "clipped: before encoding the peak was 12.0 dB", 0, {1, 0, 0, -1, 1, 1}},
         {kF, kF, "--channels 4 --expand --trim 0:2", " 4 channels, ", 0, {4, 0, 2, 2, 0, -4, -2, -2}}};
