@@ -13,8 +13,6 @@ pbBool pbFlagsetHasFlagCstr(PB_FLAGSET *flags, const char *name, pbInt length)
            Runtime<decltype(pbFlagsetHasFlagCstr)>("pbFlagsetHasFlagCstr")(flags, name, length);
 }
 
-namespace {
-
 TEST(Module, DescriptorsAreWordForWord)
 {
     const auto word = [](auto *pointer) { return reinterpret_cast<uint64_t>(pointer); };
@@ -78,5 +76,3 @@ TEST(Module, StartUpRefusesANameThatIsTaken)
         pretendThisIsDefined = nullptr;
     }
 }
-
-} // namespace

@@ -6,8 +6,6 @@
 #include <set>
 #include <thread>
 
-namespace {
-
 /// Whether the suite is meant to run over the runtime that takes every liberty. These tests find out whether it does.
 const bool kLiberal = std::getenv("PCM_TEST_LIBERAL");
 
@@ -135,5 +133,3 @@ TEST(PbRandom, SpreadsOverItsRangeAnewForEachThread)
     std::thread([&] { second = pbRandomInt(); }).join();
     EXPECT_NE(first, second);
 }
-
-} // namespace
