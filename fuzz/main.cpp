@@ -12,10 +12,9 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
-    const pbInt objects = pb___ObjDbgObjects(), blocks = pb___MemDbgBlocks();
+    const auto before = Alive();
     Random random(std::span(data, size));
     Drive(random);
-    EXPECT_EQ(pb___ObjDbgObjects(), objects) << "objects left behind";
-    EXPECT_EQ(pb___MemDbgBlocks(), blocks) << "blocks left behind";
+    EXPECT_EQ(Alive(), before) << "objects or blocks are left";
     return 0;
 }

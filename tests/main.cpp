@@ -5,15 +5,10 @@
 #include <dlfcn.h>
 #include <sys/resource.h>
 
-// Memory that cannot be had is the runtime's to report, also under the sanitizers. A small process forks soon.
+// Memory that cannot be had is the runtime's to report, also under the sanitizer. A small process forks soon.
 extern "C" const char *__asan_default_options()
 {
     return "allocator_may_return_null=1:quarantine_size_mb=8";
-}
-
-extern "C" const char *__tsan_default_options()
-{
-    return "allocator_may_return_null=1";
 }
 
 namespace {
@@ -24,12 +19,6 @@ void WriteCoverage(int)
     for (const char *name : {"pb___CoverageDump", "pcm___CoverageDump"})
         if (void *dump = dlsym(RTLD_DEFAULT, name))
             reinterpret_cast<void (*)()>(dump)();
-}
-
-/// The objects and the blocks that there are.
-std::pair<pbInt, pbInt> Alive()
-{
-    return {pb___ObjDbgObjects(), pb___MemDbgBlocks()};
 }
 
 class FindsLeaks : public testing::EmptyTestEventListener {

@@ -13,7 +13,7 @@ TYPED_TEST_SUITE(Models, AllModels, );
 TYPED_TEST(Models, AgreeWithTheLibraryAtEveryStep)
 {
     Random random;
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 80; ++round) {
         TypeParam model(random);
         for (int step = 0; step < 250 && !this->HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);

@@ -181,7 +181,8 @@ inline std::vector<Operation> AllOperations()
         "d 1 1 a 0 M 1 1 2: PB_INT_MUL_OK( lastFrame, sourceChannelCount ); "
         "d 1 1 a 0 M 0 1 2: PB_INT_ADD_OK( lastFrame * sourceChannelCount, end ); "
         "d 1 1 a M/4 M 0 1 1: PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketTryDecode, "b 0 0: channels > 0; b 0 M: source/pcm/pcm_encoding PB_INT_MUL_OK( channels, s )");
+    OPERATION(pcmPacketTryDecode, "0 0 0: source; b 0 0: channels > 0; "
+        "b 0 M: source/pcm/pcm_encoding PB_INT_MUL_OK( channels, s )");
     OPERATION(pcmPacketEncode, "w 0: source/pcm/pcm_encoding PB_INT_MUL_OK( channels, s )");
     file = "source/pcm/pcm_packet_queue";
     OPERATIONS("", pcmPacketQueueCreateFrom, pcmPacketQueueChannels, pcmPacketQueuePackets, pcmPacketQueueFrames,

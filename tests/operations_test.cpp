@@ -172,22 +172,22 @@ TEST(Operations, TakeOrRefuseNumbersAtTheEndsOf64Bits)
 
 TEST(Operations, LeaveTheCallersFloatingPointEnvironmentAlone)
 {
-    femode_t atFirst{}, usual{}, mine{}, after{};
-    feclearexcept(FE_ALL_EXCEPT); // the flags are no control, but kept beside it
-    ASSERT_EQ(fegetmode(&atFirst), 0);
+    const auto control = [] {
+        std::array<femode_t, 1> mode{};
+        feclearexcept(FE_ALL_EXCEPT); // the flags are no control, but kept beside it
+        fegetmode(mode.data());
+        return std::bit_cast<std::array<char, sizeof(mode)>>(mode);
+    };
+    const auto atFirst = control();
     fesetmode(FE_DFL_MODE);
-    fegetmode(&usual);
-    EXPECT_EQ(std::memcmp(&atFirst, &usual, sizeof(usual)), 0); // so loading the library has left it
+    EXPECT_EQ(control(), atFirst); // so loading the library has left it
     for (const Operation &operation : kOperations) {
         Subjects accepted;
         fesetround(FE_UPWARD);
-        feclearexcept(FE_ALL_EXCEPT);
-        fegetmode(&mine);
+        const auto before = control();
         Call(operation, accepted.Accepted(operation));
-        feclearexcept(FE_ALL_EXCEPT);
-        fegetmode(&after);
-        fesetmode(&atFirst);
-        EXPECT_EQ(std::memcmp(&mine, &after, sizeof(mine)), 0) << operation.name;
+        EXPECT_EQ(control(), before) << operation.name;
+        fesetmode(FE_DFL_MODE);
     }
 }
 

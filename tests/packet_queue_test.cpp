@@ -7,16 +7,15 @@
 TEST(PacketQueue, AStreamNeedsNoMoreMemoryThanWhatWaits)
 {
     auto queue = pcm::PacketQueue(2);
-    pbInt objects = 0, blocks = 0;
-    std::size_t bytes = 0;
+    auto alive = Alive();
+    auto bytes = mallinfo2().uordblks;
     for (int step = 0; step < 20000; ++step) {
         queue.Write(MakePacket(2, Samples(20)));
         if (step >= 5)
             step % 2 ? queue.Read() : queue.Gather(10);
         if (step == 100)
-            objects = pb___ObjDbgObjects(), blocks = pb___MemDbgBlocks(), bytes = mallinfo2().uordblks;
+            alive = Alive(), bytes = mallinfo2().uordblks;
     }
-    EXPECT_EQ(pb___ObjDbgObjects(), objects);
-    EXPECT_EQ(pb___MemDbgBlocks(), blocks);
+    EXPECT_EQ(Alive(), alive);
     EXPECT_LT(mallinfo2().uordblks, bytes + 4096);
 }

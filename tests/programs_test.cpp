@@ -101,16 +101,14 @@ TEST_F(Programs, DoWhatTheShellTellsThem)
         "printf '\\13' | dd of=in.wav bs=1 seek=40 conv=notrunc", // its speakers: left, right, low frequencies
         "transcode in.wav x.wav; transcode x.wav x.wav; cmp x.wav in.wav", "transcode --level 1 odd.wav x.au",
         "touch x.wav; ln -s x.wav link.wav; transcode in.wav link.wav; cmp x.wav in.wav; test -L link.wav",
-        "mkfifo pipe; cat pipe >x.wav & transcode in.wav pipe --type WAV; wait; cmp x.wav in.wav",
+        "mkfifo pipe; timeout 9 cat pipe >x.wav & transcode in.wav pipe --type WAV; wait; cmp x.wav in.wav",
         "transcode --type au - - <in.wav 2>/dev/null | transcode --type raw - x; transcode in.wav y.raw; cmp x y.raw",
         "mix - 0 in.wav -200 - <in.wav | cmp - in.wav", "conceal 0 - - <in.wav 2>/dev/null | cmp - in.wav",
         "hello x.au; transcode x.au y.wav | grep 'au mulaw, 8000 Hz, 1 channel, 1.000 s (8000 frames), peak -10.0 dB'",
         "test \"$(tones --version; tones -h)\" = \"tones (pcm) " PCM_TEST_VERSION "\n$(tones --help)\"",
-        "for each in transcode tones mix conceal hello; do $each --help 2>/dev/null | grep -q \"sage: $each\" && "
-        "! $each >x 2>/dev/null && ! test -s x || exit; done",
-        "mkdir d; cd d; ulimit -c 0; for signal in HUP INT QUIT PIPE; do "
-        "timeout -s $signal 0.2 tones noise --duration 86400 --rate 768000 x.wav || test $? = 124; done; "
-        "(ulimit -f 1000; ! tones noise --duration 86400 x.wav); test -z \"$(ls)\"", // SIGXFSZ
+        "for p in transcode tones mix conceal hello; do $p --help 2>x | grep $p; $p >x && false; test ! -s x; done",
+        "ulimit -c 0; endless='tones noise --duration 9e3 --rate 768000 x.wav'; for signal in HUP INT QUIT PIPE; do "
+        "timeout -s $signal 0.2 $endless || test $? = 124; done; (ulimit -f 1000; ! $endless); test -z \"$(ls x*)\"",
         "trap '' HUP; tones noise --duration 10000 x.wav & sleep 0.1; kill -HUP $!; wait $!", // as under nohup
         "command -v multimon-ng || exit 0; for options in '' '--cadence 50:50' '--level -30' '--cadence 70:45'; do "
         "tones dtmf '0123456789ABCD*#' x.raw --rate 22050 $options; multimon-ng -q -t raw -a DTMF x.raw | "
@@ -164,9 +162,10 @@ TEST_F(Programs, TranscodeChangesTheRate)
         Write("in", kWav | kFloat, from, 1, samples);
         const std::string report = Shell("transcode in x.wav --rate " + std::to_string(to));
         EXPECT_EQ(report.find("soxr") != report.npos, from != to && (from % 4000 || to % 4000)) << report;
-        const Samples out = Read("x.wav");
+        Samples out = Read("x.wav");
         EXPECT_EQ(std::ssize(out), (std::ssize(samples) * to + from - 1) / from) << report;
-        return Cosine(std::span(out).subspan(to, to), heard, to) / 2.0; // the second second
+        out.resize(2 * to);
+        return Cosine(std::span(out).last(to), heard, to) / 2.0;
     };
     for (const int from : {8000, 12000, 16000, 24000, 48000, 11025, 44100})
         for (const int to : {8000, 12000, 16000, 24000, 48000, 11025, 44100}) {

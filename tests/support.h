@@ -72,6 +72,12 @@ inline void ExpectSound(PCM_PACKET *pkt)
     EXPECT_EQ(pb___ObjDbgAllocationSize(pcmPacketObj(pkt)), pcmPacketFrames(pkt) * pcmPacketChannels(pkt) * 4);
 }
 
+/// The objects and the blocks that there are.
+inline std::pair<pbInt, pbInt> Alive()
+{
+    return {pb___ObjDbgObjects(), pb___MemDbgBlocks()};
+}
+
 /// The bits of samples, so that -0.0, NaN and their kin are compared as what they are.
 inline std::vector<uint32_t> BitsOf(const Samples &samples)
 {
