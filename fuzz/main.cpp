@@ -1,6 +1,9 @@
 // What every fuzz program does with an input: a failed expectation of the models is a crash, and nothing is left
 // behind.
-#include "fuzz.h"
+#include "../tests/support.h"
+
+/// Drives the library with what the input chooses.
+void Drive(Random &random);
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {

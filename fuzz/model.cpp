@@ -4,7 +4,6 @@
 #include "../tests/models/packet_model.h"
 #include "../tests/models/queue_model.h"
 #include "../tests/models/tone_model.h"
-#include "fuzz.h"
 
 void Drive(Random &random)
 {

@@ -68,15 +68,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
             const Argument &argument = operation.arguments[i];
             if (argument.kind == Argument::Array || random.OneIn(2))
                 continue;
-            if (argument.kind == Argument::Real) {
-                words[i] = random.Bits();
-            } else if (argument.kind == Argument::Int) {
-                words[i] = Number(random);
-                small &= static_cast<pbInt>(words[i]) <= 13;
-            } else {
-                const std::string names = argument.sort == 0 ? "Ppsdewvn0" : argument.sort == 1 ? "Qrn0" : "n0";
-                words[i] = subjects.Parse({random.Of(names)}, argument);
-            }
+            const std::string names = argument.sort == 0 ? "Ppsdewvn0" : argument.sort == 1 ? "Qrn0" : "n0";
+            words[i] = argument.kind == Argument::Real  ? random.Bits()
+                       : argument.kind == Argument::Int ? Number(random)
+                                                        : subjects.Parse({random.Of(names)}, argument);
+            small &= argument.kind != Argument::Int || static_cast<pbInt>(words[i]) <= 13;
         }
         for (std::size_t i = 0; i < words.size(); ++i) // what is too much for an array must be refused
             if (!small && operation.arguments[i].kind == Argument::Array)

@@ -1,6 +1,5 @@
 // The ends of the arrays and bytes that callers pass.
-#include "plain_conversion.h"
-#include "support.h"
+#include "models/conversion_model.h"
 
 #include <algorithm>
 #include <cstring>

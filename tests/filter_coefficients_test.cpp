@@ -50,13 +50,14 @@ TEST(FilterCoefficients, BuiltinSetsAreNamedAndSharedByEverybody)
 TEST(FilterCoefficients, BuiltinSetsOutliveTheModuleWithTheirHolders)
 {
     const pcm::FilterCoefficients held(3);
-    pcm___ModuleShutdown();
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(pcm___FilterTypeEnum), UINTPTR_MAX);
+    pcmModule()->shutdown();
+    EXPECT_TRUE(reinterpret_cast<intptr_t>(pcm___FilterTypeEnum) == -1 &&
+                reinterpret_cast<intptr_t>(pcm___EncodingFlagset) == -1);
     for (const auto &row : rows)
-        EXPECT_EQ(reinterpret_cast<uintptr_t>(*row.slot), UINTPTR_MAX) << row.name;
+        EXPECT_EQ(reinterpret_cast<intptr_t>(*row.slot), -1) << row.name;
     EXPECT_EQ(pcm::Obj(held.Get())->refCount, 1);
     EXPECT_EQ(TapsOf(held), Samples(rows[3].taps, rows[3].taps + 24));
-    pcm___ModuleStartup();
+    EXPECT_EQ(pcmModule()->startup(), 1);
 }
 
 TEST(FilterCoefficients, OwnSetsKeepTheirTaps)

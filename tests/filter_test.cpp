@@ -25,11 +25,8 @@ TEST(Filter, WeighsTheNewestFrameWithTheFirstTapAndClampsWhatComesOut)
 
 TEST(Filter, GivesTheDefinitionsBitsHoweverTheSignalIsCut)
 {
-    struct Row {
-        pbInt length, channels, before, frames, longest;
-        // before: in a first packet, whose output is dropped; longest: of the packets then, or 0 for one
-    };
-    std::vector<Row> rows = {
+    // Taps, channels, frames in a first packet, whose output is dropped, frames, and the longest packet or 0 for one.
+    std::vector<std::array<pbInt, 5>> rows = {
         {127, 3, 0, 400, 130},     {300, 1, 1000, 700, 500}, {700, 2, 705, 900, 50}, {2049, 2, 10, 2500, 2500},
         {4096, 1, 4000, 300, 80},  {4097, 1, 4097, 900, 64}, {5000, 9, 300, 80, 20}, {12000, 1, 12005, 200, 90},
         {40000, 2, 300, 100, 100}, {3, 2048, 1, 9, 4},       {3, 2049, 1, 9, 4},     {2, 4096, 0, 5, 3},
@@ -60,19 +57,4 @@ TEST(Filter, GivesTheDefinitionsBitsHoweverTheSignalIsCut)
         }
         ASSERT_TRUE(Same(SamplesOf(filter.Gather(frames).Get()), Defined(taps, input, channels, before)));
     }
-}
-
-TEST(Filter, IsReadLikeAQueueByEachHolderForItself)
-{
-    pcm::Filter filter(pcm::FilterCoefficients(Samples{0.5f, 0.5f}), 1);
-    filter.Write(MakePacket(1, {1, 1, 1}));
-    auto others = std::vector(3, filter);
-    EXPECT_EQ(SamplesOf(others[0].Gather(2).Get()), (Samples{0.5f, 1}));
-    Samples samples = {9, 9};
-    others[1].GatherSamples(samples);
-    EXPECT_EQ(samples, (Samples{0.5f, 1}));
-    others[2].GatherSamplesAdd(samples);
-    EXPECT_EQ(samples, (Samples{1, 2}));
-    EXPECT_EQ(others[0].Frames() + others[1].Frames() + others[2].Frames(), 3);
-    EXPECT_EQ(SamplesOf(filter.Read().Get()), (Samples{0.5f, 1, 1}));
 }

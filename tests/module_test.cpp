@@ -58,14 +58,6 @@ TEST(Module, RunsTheInstructionSetThatTheBuildIsHeldDownTo)
     EXPECT_TRUE(isa == "base" || isa == "neon" || isa == "avx2" || isa == "avx512") << isa;
 }
 
-TEST(Module, StopsAndStartsAgain)
-{
-    pcmModule()->shutdown();
-    EXPECT_EQ(reinterpret_cast<intptr_t>(pcm___EncodingFlagset), -1);
-    EXPECT_EQ(pcmModule()->startup(), 1);
-    EXPECT_EQ(pcm::Encoding::FromString("PCM_ENCODING_INT_16"), PCM_ENCODING_INT_16);
-}
-
 TEST(Module, StartUpRefusesANameThatIsTaken)
 {
     for (int bit = 0; bit < 19; ++bit) {

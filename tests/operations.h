@@ -59,8 +59,8 @@ struct Argument {
 ///
 /// An argument is a number; M is the greatest, m the least, M/4 a part of it, ^60 a power of two; 0 is null, n a handle
 /// of null, a an array. The packets p, s, d, e, w and v are mono of 3 frames and of 5, stereo of 3 frames and of none,
-/// and without frames of 2^62 and 2^60 channels; Q is a queue of 24 frames of 16 channels, r one of none, F a filter like
-/// Q, c a set of coefficients, t a tone, b a buffer, y an enumeration, x a text.
+/// and without frames of 2^62 and 2^60 channels; Q is a queue of 24 frames of 16 channels, r one of none, F a filter
+/// like Q, c a set of coefficients, t a tone, b a buffer, y an enumeration, u an empty vector, x a text.
 struct Operation {
     const char *file;
     std::string name;
@@ -91,7 +91,7 @@ public:
         put('e', pcm::Packet(2)), put('w', pcm::Packet(pbInt{1} << 62)), put('v', pcm::Packet(pbInt{1} << 60));
         put('r', pcm::PacketQueue(2)), put('b', pcm::Buffer(std::as_bytes(std::span(arrays_[0], 15))));
         put('x', pcm::String("PCM_ENCODING_INT_16")), put('y', Held<PB_ENUM>::Share(pcm___FilterTypeEnum));
-        put('g', Held<PB_FLAGSET>::Share(pcm___EncodingFlagset));
+        put('u', Held<PB_VECTOR>::Adopt(pbVectorCreate())), put('g', Held<PB_FLAGSET>::Share(pcm___EncodingFlagset));
         slots_['n'] = {};
     }
 
@@ -192,7 +192,7 @@ inline std::vector<Operation> AllOperations()
         pcmPacketClear, pcmPacketWriteLeading, pcmPacketInsertLeading, pcmPacketInsertTrailing, pcmPacketPrepend,
         pcmPacketPrependInner, pcmPacketPrependOuter, pcmPacketPrependTrailing, pcmPacketPrependZero,
         pcmPacketAppendInner, pcmPacketAppendOuter, pcmPacketAppendLeading, pcmPacketDelLeading);
-    OPERATION(pcmPacketCreate, "0: channels > 0");
+    OPERATION(pcmPacketCreate, "0: channels > 0"); OPERATION(pcmPacketAppendTrailing, "n 0 -1: *pkt");
     OPERATION(pcmPacketCreateFromSamplesCopy, "0 -1 -1: channels > 0; 0 M 1: frames == 0 || source; "
         "0 ^61 0: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ); "
         "a M/4 2: PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) )");
@@ -210,7 +210,7 @@ inline std::vector<Operation> AllOperations()
     OPERATION(pcmPacketWriteZero, "n -1 -1: *pkt; p -1 -1: idx >= 0; p 4 -1: frames >= 0; "
         "p 1 M: PB_INT_ADD_OK( idx, frames ); p 4 0: idx + frames <= (*pkt)->frames; "
         "p 2 2: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketInsert, "0 0 0: source");
+    OPERATION(pcmPacketInsert, "0 0 0: source"); OPERATION(pcmPacketDelOuter, "p 4 0: idx + frames <= (*pkt)->frames");
     OPERATION(pcmPacketInsertInner, "n -1 0 -1 -1: *pkt; p -1 0 -1 -1: idx >= 0; p 4 0 -1 -1: frames >= 0; "
         "p 1 0 -1 M: PB_INT_ADD_OK( idx, frames ); p 0 0 -1 M: PB_INT_ADD_OK( (*pkt)->frames, frames ); "
         "p 4 0 -1 1: idx + frames <= (*pkt)->frames; p 3 0 -1 1: source; p 3 s -1 1: offset >= 0; "
@@ -222,10 +222,9 @@ inline std::vector<Operation> AllOperations()
     OPERATION(pcmPacketInsertZero, "p 4 M/2: idx + frames <= (*pkt)->frames; "
         "p 3 M/2: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
     OPERATION(pcmPacketPrependLeading, "p s 6: offset + frames <= source->frames");
-    OPERATION(pcmPacketAppend, "n 0: *pkt"); OPERATION(pcmPacketAppendTrailing, "n 0 -1: *pkt");
+    OPERATION(pcmPacketAppend, "n 0: *pkt");
     OPERATION(pcmPacketAppendZero, "w 1: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
     OPERATION(pcmPacketDelInner, "p -1 -1: idx >= 0; p 1 3: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketDelOuter, "p 4 0: idx + frames <= (*pkt)->frames");
     OPERATION(pcmPacketDelTrailing, "n -1: *pkt; p m: PB_INT_SUB_OK( (*pkt)->frames, frames ); p 4: idx >= 0");
     OPERATION(pcmPacketSetFrames, "v 2: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) ); n -1: *pkt; "
         "p -1: frames >= 0");
@@ -332,9 +331,8 @@ inline std::vector<Operation> AllOperations()
     file = "source/pcm/pcm_samples_stdc";
     OPERATIONS("", pcm___SamplesCopy, pcm___SamplesMove, pcm___SamplesZero, pcm___SamplesChannelZero,
         pcm___SamplesChannelAdd, pcm___SamplesChannelMul);
-    OPERATION(pcm___SamplesAdd, "0 0 -1: samples >= 0");
+    OPERATION(pcm___SamplesAdd, "0 0 -1: samples >= 0"); OPERATION(pcm___SamplesScale, "0 1 1.0: dest || !samples");
     OPERATION(pcm___SamplesMul, "0 0 1: dest || !samples; a 0 1: source || !samples");
-    OPERATION(pcm___SamplesScale, "0 1 1.0: dest || !samples");
     OPERATION(pcm___SamplesChannelCopy, "0 0 1 0 0 1 -1: frames >= 0; 0 -1 1 0 0 1 1: dest || !frames; "
         "a -1 1 0 0 1 1: source || !frames; a -1 -1 a 0 1 0: destChannel >= 0; a 0 -1 a 0 1 0: destChannels >= 0; "
         "a 1 1 a -1 1 0: destChannel < destChannels; a 0 0 a 0 1 0: destChannel < destChannels; "
@@ -343,13 +341,13 @@ inline std::vector<Operation> AllOperations()
     OPERATION(pcm___SamplesChannelScale, "0 2 2 0 1.0: destChannel < destChannels");
     file = "source/pb/pb_[a-z]+";
     OPERATIONS("", pbBufferBacking, pbBufferLength, pbEnumParse, pbFlagsetParse, pbFlagsetGenerate, pbStringCstr,
-        pbStringLength, pbVectorLength, pbVectorClear, pbVectorUnshift, pbObjSort, pbObjToString,
+        pbStringLength, pbVectorLength, pbVectorClear, pbObjSort, pbObjToString,
         pb___ObjDbgAllocationSize, pbMemSetN);
-    OPERATION(pbEnumSetEnumerantCstr, "n 0 -1 0: *enm"); OPERATION(pbFlagsetHasFlagCstr, "0 0 -1: flags");
-    OPERATION(pbFlagsetSetFlagCstr, "n 0 -1 0: *flags");
+    OPERATION(pbEnumSetEnumerantCstr, "n 0 -1 0: *enm"); OPERATION(pbFlagsetSetFlagCstr, "n 0 -1 0: *flags");
+    OPERATION(pbFlagsetHasFlagCstr, "0 0 -1: flags"); OPERATION(pbVectorAppendObj, "n 0: *vec");
     OPERATION(pbStringCreateFromCstr, "0 -2: text || length == 0; a -2: length >= -1; "
         "a M: PB_INT_ADD_OK( length, 1 )");
-    OPERATION(pbVectorAppendObj, "n 0: *vec"); OPERATIONS("0 0 1 1: dest", pbMemCopyN, pbMemMoveN);
+    OPERATION(pbVectorUnshift, "u: (*vec)->length > 0"); OPERATIONS("0 0 1 1: dest", pbMemCopyN, pbMemMoveN);
     return all;
 }
 
@@ -361,9 +359,8 @@ inline std::vector<Operation> OtherOperations()
     OPERATION(pcmPacketCreateFromSamplesUse, "0 0 -1: channels > 0; 0 1 -1: frames >= 0; 0 1 1: frames == 0 || source; "
         "a M 2: source/pb/pb_obj PB_INT_MUL_OK( count, size )");
     OPERATION(pcm___PacketFreeFunc, "0: pkt"); OPERATION(pcmPacketRetain, "0: stdfunc retain: obj");
-    OPERATION(pcmPacketRelease, "0: stdfunc release: obj");
+    OPERATION(pcmPacketRelease, "0: stdfunc release: obj"); OPERATION(pcmPacketToString, "0: stdfunc tostring: obj");
     OPERATION(pcmPacketFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET");
-    OPERATION(pcmPacketToString, "0: stdfunc tostring: obj");
     OPERATION(pcmPacketCompare, "0 0: stdfunc compare a: objA; p 0: stdfunc compare b: objB");
     file = "source/pcm/pcm_packet_queue"; OPERATION(pcm___PacketQueueFreeFunc, "0: queue");
     OPERATION(pcmPacketQueueFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET_QUEUE");
@@ -379,9 +376,8 @@ inline std::vector<Operation> OtherOperations()
     file = "source/pb/pb_[a-z]+";
     OPERATION(pbBufferCreateFromBytesUse, "0 -1: length >= 0"); OPERATION(pbEnumGenerate, "y 7: known != enm->end()");
     OPERATION(pbMemAllocN, "-1 -1: count >= 0; 1 -1: size >= 0; M/2 4: PB_INT_MUL_OK( count, size )");
-    OPERATION(pbMemAlloc, "-1: count >= 0; M: memory");
+    OPERATION(pbMemAlloc, "-1: count >= 0; M: memory"); OPERATIONS("0: obj", pb___ObjFree, pbObjRetain, pbObjRelease);
     OPERATION(pb___ObjCreate, "8 0: size >= PB_SIZEOF(PB_OBJ); 80 0: sort; M a: memory");
-    OPERATIONS("0: obj", pb___ObjFree, pbObjRetain, pbObjRelease);
     OPERATION(pb___ObjDbgSetAllocationSize, "0 -1: obj; x -1: bytes >= 0");
     OPERATION(pb___ObjDbgSetAllocationSizeN, "0 M 2: PB_INT_MUL_OK( count, size )");
     OPERATION(pbRandomNonNegativeIntRange, "-1 -1: low >= 0; 3 3: low < high");

@@ -13,6 +13,7 @@
 #include <functional>
 #include <optional>
 #include <random>
+#include <regex>
 #include <span>
 #include <string>
 #include <vector>
@@ -28,12 +29,7 @@ using Bytes = std::vector<uint8_t>;
 /// Matches the one line that an abort prints.
 inline testing::Matcher<const std::string &> AbortLine(const std::string &file, const std::string &expression)
 {
-    std::string quoted;
-    for (const char c : expression) {
-        if (std::string_view("\\^$.|?*+()[]{}").find(c) != std::string_view::npos)
-            quoted += '\\';
-        quoted += c;
-    }
+    const auto quoted = std::regex_replace(expression, std::regex(R"([\\^$.|?*+()\[\]{}])"), R"(\$&)");
     return testing::ContainsRegex("(^|\n)" + file + ":[0-9]+: " + quoted + "\n");
 }
 
@@ -115,9 +111,8 @@ public:
     uint64_t Bits() { return given_ ? Take(UINT64_MAX) : engine_(); }
     pbInt From(pbInt low, pbInt high) ///< inclusive
     {
-        if (!given_)
-            return std::uniform_int_distribution<pbInt>(low, high)(engine_);
-        const uint64_t span = static_cast<uint64_t>(high) - static_cast<uint64_t>(low), bits = Take(span);
+        const uint64_t span = static_cast<uint64_t>(high) - static_cast<uint64_t>(low);
+        const uint64_t bits = given_ ? Take(span) : engine_();
         return static_cast<pbInt>(static_cast<uint64_t>(low) + (span == UINT64_MAX ? bits : bits % (span + 1)));
     }
     bool OneIn(pbInt n) { return From(1, n) == 1; }

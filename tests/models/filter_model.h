@@ -48,7 +48,7 @@ public:
         case 5:
             if (mine.output.empty())
                 break;
-            ASSERT_TRUE(Same(SamplesOf(mine.filter.Read().Get()), mine.output.front()));
+            ASSERT_TRUE(Same(Next(mine.filter, std::ssize(mine.output.front()) / channels_), mine.output.front()));
             mine.output.pop_front();
             break;
         default: Write(mine, random_.Run(channels_ * random_.From(0, 40)));
@@ -67,6 +67,17 @@ private:
         Samples input;              // since the last reset
         std::deque<Samples> output; // the packets that wait
     };
+
+    /// The frames of the next packet, in one of the ways in which a queue is read too.
+    Samples Next(pcm::Filter &filter, pbInt frames)
+    {
+        const pbInt way = frames ? random_.From(0, 3) : 0;
+        if (way < 2)
+            return SamplesOf((way ? filter.Gather(frames) : filter.Read()).Get());
+        Samples samples(static_cast<std::size_t>(frames * channels_));
+        way == 2 ? filter.GatherSamples(samples) : filter.GatherSamplesAdd(samples);
+        return samples;
+    }
 
     void Write(Held &mine, const Samples &more)
     {
