@@ -110,16 +110,18 @@ inline const Reshape kReshapes[] = {
          const auto gain = static_cast<float>(std::pow(10.0, n / 20.0));
          return Made(old.channels, old.Frames(), [&](auto f, auto c) { return old(f, c) * gain; });
      }},
-    {"WriteChannels, into the last ones, of the samples as frames of n", true, false, 1, 70,
+    {"WriteChannels, into the last ones or one, of the samples as frames of n", true, false, 1, 70,
      [](auto &pkt, auto n) {
          const pcm::Packet source = Using(pkt.Samples(), n);
-         const pbInt channels = std::min(n, pkt.Channels()), frames = std::min(pkt.Frames(), source.Frames());
+         const pbInt channels = n % 8 ? std::min(n, pkt.Channels()) : 1;
+         const pbInt frames = std::min(pkt.Frames(), source.Frames());
          pkt.WriteChannels(pkt.Channels() - channels, 0, source, n - channels, 0, channels, frames);
      },
      [](auto &old, auto n) {
          const pbInt kept = old.channels - n, frames = std::ssize(old.samples) / n;
          return Made(old.channels, old.Frames(), [&](auto f, auto c) {
-             return f < frames && c >= kept ? old.samples[f * n + c - kept] : old(f, c);
+             const bool written = f < frames && c >= (n % 8 ? kept : old.channels - 1);
+             return written ? old.samples[f * n + c - kept] : old(f, c);
          });
      }},
 };
