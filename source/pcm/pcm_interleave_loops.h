@@ -165,11 +165,11 @@ struct alignas(PCM_VECTOR) Step {
 
 /// Whole frames that fill whole vectors of dest; their steps serve every group of so many frames.
 struct Group {
-    static constexpr int kSteps = 64; ///< at most
+    /// At most, for frames of 64 channels: each step but the last moves on by at least a vector of dest or of source.
+    static constexpr int kSteps = 64;
 
     pbInt frames;
     int count = 0;
-    bool fits = true;
     Step steps[kSteps];
 
     PCM_TARGET Group(const FrameShape &shape, pbInt channels)
@@ -183,10 +183,6 @@ struct Group {
                 const bool kept = c < shape.kept;
                 const pbInt from = f * channels + (kept && mask ? NextChannel(mask) : c);
                 if (lane == kLanes || (kept && end && from >= end)) {
-                    if (count == kSteps) {
-                        fits = false;
-                        return;
-                    }
                     Step &next = steps[count++];
                     Store(next.places, Ints{} - 1); // lanes that the step does not reach are the next one's
                     Store(next.sums, Ints{} - 1);
@@ -218,7 +214,7 @@ PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM
     const pbInt whole = group.frames;
     const Step *const end = group.steps + group.count;
     const PCM_SAMPLE gain = shape.gain;
-    for (; group.fits && frames >= needed; frames -= whole) {
+    for (; frames >= needed; frames -= whole) {
         const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
         for (const Step *step = group.steps; step != end; ++step) {
             Words words = {};
