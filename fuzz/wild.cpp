@@ -78,11 +78,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
             if (!small && operation.arguments[i].kind == Argument::Array)
                 words[i] = 0;
         calling = true;
-        if (!setjmp(back))
+        const bool comes = !setjmp(back);
+        if (comes)
             Call(operation, words);
-        else if (Packets(subjects) != before)
-            std::fprintf(stderr, "A refused call has changed a packet\n"), std::abort();
         calling = false;
+        if (!comes && Packets(subjects) != before)
+            std::fprintf(stderr, "A refused call has changed a packet\n"), std::abort();
     }
     return 0;
 }

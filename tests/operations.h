@@ -66,7 +66,6 @@ struct Operation {
     std::string name;
     const char *refusals;
     std::vector<Argument> arguments;
-    Argument result;
     std::function<Word(const Word *)> call; ///< returns the object that the operation returns, or 0
 };
 
@@ -164,7 +163,7 @@ template <class R, class... A> Operation MakeOperation(R (*function)(A...))
         else
             return static_cast<void>(apply(std::index_sequence_for<A...>())), Word{0};
     };
-    return {"", "", "", {Argument::Of<A>()...}, Argument::Of<R>(), call};
+    return {"", "", "", {Argument::Of<A>()...}, call};
 }
 
 /// Adds operations of one file that refuse the same; their names are a list.
