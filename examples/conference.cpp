@@ -1,5 +1,7 @@
 #include "conference.h"
 
+#include "rate_filters.h"
+
 #include <algorithm>
 #include <functional>
 #include <random>
@@ -11,24 +13,6 @@ constexpr pbInt kLongest = 200;   // ms in a packet that one should accept (RFC 
 constexpr pbInt kMostAhead = 300; // ms before its time, beyond the delay, as of a sender that reads a file in blocks
 constexpr pbInt kMostLateInARow = 5;
 constexpr std::uint16_t kReordered = 16; // packets that may come after the first and belong before it
-
-struct BuiltIn {
-    pbInt high, low;
-    PCM_FILTER_TYPE type;
-};
-constexpr BuiltIn kBuiltIns[] = {
-    {16000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_16000},
-    {48000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_48000},
-    {48000, 16000, PCM_FILTER_TYPE_LOWPASS_8000_AT_48000},
-};
-
-const BuiltIn *FilterBetween(pbInt from, pbInt to)
-{
-    const auto found = std::ranges::find_if(kBuiltIns, [&](const BuiltIn &filter) {
-        return filter.high == std::max(from, to) && filter.low == std::min(from, to);
-    });
-    return found == std::end(kBuiltIns) ? nullptr : found;
-}
 
 pcm::Packet Silence(pbInt frames)
 {
@@ -166,7 +150,7 @@ void Party::Send(const pcm::Packet &heard, std::vector<std::byte> *datagram)
 Converter::Converter(pbInt from, pbInt to)
     : from_(from), mult_(std::max<pbInt>(to / from, 1)), div_(std::max<pbInt>(from / to, 1)),
       level_(pcm::DecibelFromGain(static_cast<pbReal>(mult_))),
-      filter_(pcm::FilterCoefficients(FilterBetween(from, to)->type), 1)
+      filter_(pcm::FilterCoefficients(*FilterBetween(from, to)), 1)
 {
 }
 

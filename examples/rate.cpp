@@ -11,10 +11,10 @@
 // of the higher rate apart, and not at all where the two filters work at the same rate.
 //
 // A filter clamps to full scale, so a step lowers the level before it and raises it after it.
+#include "rate_filters.h"
 #include "stream.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -22,19 +22,6 @@
 #include <soxr.h>
 
 namespace {
-
-/// A built-in filter and the two rates between which it is used.
-struct BuiltIn {
-    pbInt high, low;
-    PCM_FILTER_TYPE type;
-};
-
-constexpr BuiltIn kBuiltIns[] = {
-    {16000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_16000},   {24000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_24000},
-    {48000, 8000, PCM_FILTER_TYPE_LOWPASS_4000_AT_48000},   {24000, 12000, PCM_FILTER_TYPE_LOWPASS_6000_AT_24000},
-    {48000, 12000, PCM_FILTER_TYPE_LOWPASS_6000_AT_48000},  {48000, 16000, PCM_FILTER_TYPE_LOWPASS_8000_AT_48000},
-    {48000, 24000, PCM_FILTER_TYPE_LOWPASS_12000_AT_48000},
-};
 
 /// Room above full scale while a filter works. A power of 2, by which a float is multiplied without rounding.
 constexpr pbReal kHeadroom = 0x1p24;
@@ -46,10 +33,8 @@ struct Step {
 
 std::optional<Step> OneStep(pbInt from, pbInt to)
 {
-    for (const auto &filter : kBuiltIns)
-        if (filter.high == std::max(from, to) && filter.low == std::min(from, to))
-            return Step{from, to, filter.type};
-    return std::nullopt;
+    const auto type = FilterBetween(from, to);
+    return type ? std::optional(Step{from, to, *type}) : std::nullopt;
 }
 
 /**
