@@ -20,7 +20,7 @@ if grep -rlF -e "$work" -e "$(dirname "$here")" "$work/prefix"; then
     echo "holds paths of the build"
     exit 1
 fi
-if grep -rlE 'house|library_code' "$work/prefix/$libdir/cmake"; then
+if grep -rlE 'project_options|library_code' "$work/prefix/$libdir/cmake"; then
     echo "shows the build's own targets"
     exit 1
 fi
