@@ -51,15 +51,13 @@ install_library(pb)
 install_library(pcm)
 
 if(PCM_BUILD_EXAMPLES)
-    set(programs_dir ${CMAKE_INSTALL_LIBEXECDIR}/pcm)
-    file(RELATIVE_PATH programs_to_libdir
-        ${CMAKE_INSTALL_FULL_LIBEXECDIR}/pcm ${CMAKE_INSTALL_FULL_LIBDIR})
+    file(RELATIVE_PATH programs_to_libdir ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     get_property(targets DIRECTORY examples PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target ${targets})
         get_target_property(type ${target} TYPE)
         if(type STREQUAL EXECUTABLE)
             set_runpath(${target} $ORIGIN/../lib $ORIGIN/${programs_to_libdir}) # in the build tree, and installed
-            install(TARGETS ${target} RUNTIME DESTINATION ${programs_dir} COMPONENT examples EXCLUDE_FROM_ALL)
+            install(TARGETS ${target} RUNTIME COMPONENT examples EXCLUDE_FROM_ALL)
         endif()
     endforeach()
     install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT examples EXCLUDE_FROM_ALL

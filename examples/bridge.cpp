@@ -27,9 +27,10 @@
 namespace {
 
 const ProgramText kText = {
-    "bridge", "Usage: bridge --parties N --port P [OPTION]...\n"
-              "A telephone conference over RTP. N parties send packets, mostly of 20 ms, to the UDP ports P, P + 2,\n"
-              "P + 4 and so on, and each hears all the others. Ctrl-C ends it.\n"};
+    "pcm-bridge",
+    "Usage: pcm-bridge --parties N --port P [OPTION]...\n"
+    "A telephone conference over RTP. N parties send packets, mostly of 20 ms, to the UDP ports P, P + 2,\n"
+    "P + 4 and so on, and each hears all the others. Ctrl-C ends it.\n"};
 
 struct Options {
     pbInt parties = 0, port = 0, payloadType = 96, delay = 60, rate = 0;
@@ -57,7 +58,7 @@ RtpFormat FormatOf(std::string name, const Options &options)
         name += '/' + std::to_string(options.rate ? options.rate : 8000);
     const auto found = std::ranges::find(kRtpFormats, name, &RtpFormat::name);
     if (found == std::end(kRtpFormats))
-        throw Failure("unknown encoding '" + name + "'; see bridge --help");
+        throw Failure("unknown encoding '" + name + "'; see pcm-bridge --help");
     RtpFormat format = *found;
     if (format.payloadType == kDynamic)
         format.payloadType = static_cast<int>(options.payloadType);
@@ -104,7 +105,7 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
     if (!words)
         return std::nullopt;
     if (!options.parties || !options.port || !words->empty())
-        throw Failure("needs --parties and --port, and takes nothing but options; see bridge --help");
+        throw Failure("needs --parties and --port, and takes nothing but options; see pcm-bridge --help");
     if (std::max(options.port, options.to ? options.to->second : 0) + 2 * (options.parties - 1) > kHighestPort)
         throw Failure("so many parties need more ports than there are from this one on");
     return options;
@@ -270,7 +271,7 @@ private:
         try {
             recorder_->Write(conference_.Mix().Encode(recorded_));
         } catch (const Failure &failure) {
-            std::fprintf(stderr, "bridge: %s\n", failure.what());
+            std::fprintf(stderr, "pcm-bridge: %s\n", failure.what());
             recorder_.reset();
         }
     }

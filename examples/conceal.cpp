@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char kUsage[] =
-    "usage: conceal PERCENT INPUT OUTPUT\n"
+    "Usage: pcm-conceal PERCENT INPUT OUTPUT\n"
     "Loses so many in a hundred of a recording's 20 ms packets, the same ones in every run,\n"
     "and writes the rest with silence in their place. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT\n"
     "of - is standard input or output.\n";
@@ -75,7 +75,7 @@ int main(int argc, char **argv)
         Conceal(percent, argv[2], argv[3]);
         return 0;
     } catch (const std::exception &failure) {
-        std::fprintf(stderr, "conceal: %s\n", failure.what());
+        std::fprintf(stderr, "pcm-conceal: %s\n", failure.what());
         return 1;
     }
 }

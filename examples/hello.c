@@ -50,7 +50,7 @@ static PB_BUFFER *DialTone(void)
 int main(int argc, char **argv)
 {
     if (argc != 2 || strcmp(argv[1], "--help") == 0) {
-        fputs("usage: hello OUTPUT.au\nWrites a second of dial tone.\n", argc == 2 ? stdout : stderr);
+        fputs("Usage: pcm-hello OUTPUT.au\nWrites a second of dial tone.\n", argc == 2 ? stdout : stderr);
         return argc != 2;
     }
     pcmModule()->startup();

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr char kUsage[] =
-    "usage: mix INPUT DB INPUT DB OUTPUT\n"
+    "Usage: pcm-mix INPUT DB INPUT DB OUTPUT\n"
     "Plays two recordings at once, each louder or softer by its decibels, -200 to 200.\n"
     "They have one frame rate and channel count. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT\n"
     "of - is standard input or output.\n";
@@ -76,7 +76,7 @@ int main(int argc, char **argv)
         Mix({AudioReader(argv[1]), Decibels(argv[2])}, {AudioReader(argv[3]), Decibels(argv[4])}, argv[5]);
         return 0;
     } catch (const std::exception &failure) {
-        std::fprintf(stderr, "mix: %s\n", failure.what());
+        std::fprintf(stderr, "pcm-mix: %s\n", failure.what());
         return 1;
     }
 }

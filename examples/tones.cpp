@@ -19,9 +19,9 @@
 namespace {
 
 const ProgramText kText = {
-    "tones",
-    "Usage: tones [OPTION]... SIGNAL OUTPUT\n"
-    "       tones [OPTION]... dtmf DIGITS OUTPUT\n"
+    "pcm-tones",
+    "Usage: pcm-tones [OPTION]... SIGNAL OUTPUT\n"
+    "       pcm-tones [OPTION]... dtmf DIGITS OUTPUT\n"
     "Writes an audio file with a signal that a telephone exchange plays: dial, ringback, busy, dtmf, noise or\n"
     "silence. DIGITS are of 0 to 9, A to D, * and #.\n",
     "16 bits"};
@@ -169,7 +169,7 @@ Programme ProgrammeOf(const Options &options)
         programme.duration = progress.duration;
     }
     if (!begin)
-        throw Failure("unknown signal '" + options.signal + "'; see tones --help");
+        throw Failure("unknown signal '" + options.signal + "'; see pcm-tones --help");
     for (const Beat &beat : options.cadence.empty() ? cadence : options.cadence) {
         programme.stretches.push_back({begin, beat.on});
         programme.stretches.push_back({BeginSilence, beat.off});
@@ -244,8 +244,8 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
         return std::nullopt;
     const bool dtmf = !words->empty() && words->front() == "dtmf";
     if (words->size() != (dtmf ? 3 : 2))
-        throw Failure(dtmf ? "dtmf needs its digits and an output; see tones --help"
-                           : "needs a signal and an output; see tones --help");
+        throw Failure(dtmf ? "dtmf needs its digits and an output; see pcm-tones --help"
+                           : "needs a signal and an output; see pcm-tones --help");
     options.signal = words->front();
     options.digits = dtmf ? (*words)[1] : "";
     options.output = words->back();

@@ -20,8 +20,8 @@
 
 namespace {
 
-const ProgramText kText = {"transcode",
-                           "Usage: transcode [OPTION]... INPUT OUTPUT\n"
+const ProgramText kText = {"pcm-transcode",
+                           "Usage: pcm-transcode [OPTION]... INPUT OUTPUT\n"
                            "Makes an audio file of INPUT, which is any file that libsndfile reads.\n",
                            "as INPUT does, as far as OUTPUT can"};
 
@@ -71,10 +71,10 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
     if (!files)
         return std::nullopt;
     if (options.expand && !options.channels)
-        throw Failure("--expand needs --channels; see transcode --help");
+        throw Failure("--expand needs --channels; see pcm-transcode --help");
     if (files->size() != 2)
         throw Failure("needs an input and an output, not " + std::to_string(files->size()) +
-                      " files; see transcode --help");
+                      " files; see pcm-transcode --help");
     options.input = files->front();
     options.output = files->back();
     return options;

@@ -66,7 +66,7 @@ for page in docs/failure-and-threads.md docs/man/pcm.7; do
 done
 
 for program in "$@"; do
-    page=docs/man/pcm-$(basename "$program").1
+    page=docs/man/$(basename "$program").1
     for option in $("$program" --help | grep -oE -- '--[a-z]+' | sort -u); do
         sed 's/\\-/-/g' "$page" | grep -q -e "$option" || { echo "$page lacks $option"; status=1; }
     done

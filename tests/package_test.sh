@@ -17,9 +17,8 @@ done
 libdir=$(dirname "$(find "$root/root/usr/lib" -name libpcm.so)")
 "$here/symbols.sh" "$libdir/libpcm.so" "$libdir/libpb.so"
 "$here/consumers.sh" "$libdir" "$root/consumers"
-for program in "$root"/root/usr/libexec/pcm/*; do
-    link=$root/root/usr/bin/pcm-${program##*/}
-    [ "$(readlink -f "$link")" = "$program" ] || { echo "$program has no link"; status=1; }
+for program in "$root"/root/usr/bin/pcm-*; do
+    [ -e "$root/root/usr/share/man/man1/${program##*/}.1.gz" ] || { echo "$program has no manual page"; status=1; }
     LD_LIBRARY_PATH=$libdir "$program" --help >/dev/null || { echo "$program does not run"; status=1; }
 done
 
@@ -43,7 +42,7 @@ needs libpcm-dev 'libpb-dev (= '
 needs pcm-examples 'libpcm1 (>= '
 needs pcm-examples 'libsndfile1'
 needs pcm-examples 'libsoxr0'
-holds pcm-examples '/usr/libexec/pcm/transcode'
+holds pcm-examples '/usr/bin/pcm-transcode'
 if dpkg-deb --field "$packages"/libpcm1_[0-9]*.deb Depends | grep -q 'libstdc++'; then
     echo "libpcm1 needs the C++ library"
     status=1

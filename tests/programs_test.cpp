@@ -53,8 +53,8 @@ struct Programs : testing::Test {
 TEST_F(Programs, RefuseInOneLineAndLeaveNothingBehind)
 {
     // clang-format off
-    std::map<std::string, std::vector<std::pair<std::string, std::string>>> refused = {{"transcode", {
-        {"", "needs an input and an output, not 0 files; see transcode --help"}, {"-- -- -.mp3", "cannot tell what to"},
+    std::map<std::string, std::vector<std::pair<std::string, std::string>>> refused = {{"pcm-transcode", {
+        {"", "needs an input and an output, not 0 files; see pcm-transcode"}, {"-- -- -.mp3", "cannot tell what"},
         {"in x.wav --level", "--level lacks its"}, {"--lo in x.wav", "unknown option"}, {"text x.wav", "cannot read"},
         {"--level nan in x.wav", "--level takes a"}, {"--level=3dB in x.wav", "--level takes a number from -200"},
         {"--expand=1 in x.wav", "--expand takes no"}, {"--trim 49999:2 in x.wav", "cannot trim: the input lacks the"},
@@ -65,10 +65,10 @@ TEST_F(Programs, RefuseInOneLineAndLeaveNothingBehind)
         {"in l.wav", "cannot write 'l.wav': this symb"}, {"in --type wav /dev/full", "cannot write '/dev/full': No"},
         {"in no/x.wav", "cannot write 'no/x.wav': No such"}, {"in d.wav", "cannot write 'd.wav': Is a directory"},
         {"d.wav x.wav", "cannot read 'd.wav': Is a directory"}, {"no x.wav", "cannot read 'no': No such"}}},
-        {"tones", {{"dtmf x.wav", "dtmf needs its digits and"}, {"busy x.wav --rate 1240", "a rate of 1240 Hz has no"},
+        {"pcm-tones", {{"dtmf x.wav", "dtmf needs its digits"}, {"busy x.wav --rate 1240", "a rate of 1240 Hz has no"},
         {"dtmf 12y x.wav", "'y' is not a digit"}, {"dial x.wav --cadence 1:1,", "--cadence takes ON:OFF[,ON:OFF]"},
-        {"engaged x.wav", "unknown signal"}}}, {"conceal", {{"5% in x.wav", "takes a number from 0 to 100, not '5%'"}}},
-        {"mix", {{"in 0 x.wav 0 y.wav", "the recordings differ"}, {"in loud in 0 x.wav", "a level is a number from"}}}};
+        {"engaged x.wav", "unknown signal"}}}, {"pcm-conceal", {{"5% in x.wav", "takes a number from 0 to 100, not"}}},
+        {"pcm-mix", {{"in 0 x.wav 0 y.wav", "the recordings differ"}, {"in loud in 0 x.wav", "a level is a number"}}}};
     // clang-format on
     const Samples noise = Random().Run(50000);
     for (const int format : {kWav | k16, SF_FORMAT_AIFF | k16, SF_FORMAT_RF64 | k16, kAu | k16, kCaf | k16,
@@ -76,7 +76,7 @@ TEST_F(Programs, RefuseInOneLineAndLeaveNothingBehind)
         const std::string name = std::to_string(format);
         Write(name, format, 8000, 1, noise);
         std::filesystem::resize_file(name, 8000);
-        refused["transcode"].emplace_back(name + " x.wav", "cannot read '" + name + "': ");
+        refused["pcm-transcode"].emplace_back(name + " x.wav", "cannot read '" + name + "': ");
     }
     Write("in", kWav | k16, 8000, 1, noise);
     Write("x.wav", kWav | k16, 16000, 1, noise);
@@ -99,22 +99,28 @@ TEST_F(Programs, DoWhatTheShellTellsThem)
     // clang-format off
     for (const char *commands : {
         "printf '\\13' | dd of=in.wav bs=1 seek=40 conv=notrunc", // its speakers: left, right, low frequencies
-        "transcode in.wav x.wav; transcode x.wav x.wav; cmp x.wav in.wav", "transcode --level 1 odd.wav x.au",
-        "touch x.wav; ln -s x.wav link.wav; transcode in.wav link.wav; cmp x.wav in.wav; test -L link.wav",
-        "mkfifo pipe; timeout 9 cat pipe >x.wav & transcode in.wav pipe --type WAV; wait; cmp x.wav in.wav",
-        "transcode --type au - - <in.wav 2>/dev/null | transcode --type raw - x; transcode in.wav y.raw; cmp x y.raw",
-        "mix - 0 in.wav -200 - <in.wav | cmp - in.wav", "conceal 0 - - <in.wav 2>/dev/null | cmp - in.wav",
-        "hello x.au; transcode x.au y.wav | grep 'au mulaw, 8000 Hz, 1 channel, 1.000 s (8000 frames), peak -10.0 dB'",
-        "test \"$(tones --version; tones -h)\" = \"tones (pcm) " PCM_TEST_VERSION "\n$(tones --help)\"",
-        "for p in transcode tones mix conceal hello; do $p --help 2>x | grep $p; $p >x && false; test ! -s x; done",
-        "ulimit -c 0; endless='tones noise --duration 9e3 --rate 768000 x.wav'; for signal in HUP INT QUIT PIPE; do "
+        "pcm-transcode in.wav x.wav; pcm-transcode x.wav x.wav; cmp x.wav in.wav",
+        "pcm-transcode --level 1 odd.wav x.au",
+        "touch x.wav; ln -s x.wav link.wav; pcm-transcode in.wav link.wav; cmp x.wav in.wav; test -L link.wav",
+        "mkfifo pipe; timeout 9 cat pipe >x.wav & pcm-transcode in.wav pipe --type WAV; wait; cmp x.wav in.wav",
+        "pcm-transcode --type au - - <in.wav 2>/dev/null | pcm-transcode --type raw - x; "
+        "pcm-transcode in.wav y.raw; cmp x y.raw",
+        "pcm-mix - 0 in.wav -200 - <in.wav | cmp - in.wav", "pcm-conceal 0 - - <in.wav 2>/dev/null | cmp - in.wav",
+        "pcm-hello x.au; pcm-transcode x.au y.wav | "
+        "grep 'au mulaw, 8000 Hz, 1 channel, 1.000 s (8000 frames), peak -10.0 dB'",
+        "test \"$(pcm-tones --version; pcm-tones -h)\" = \"pcm-tones (pcm) " PCM_TEST_VERSION "\n$(pcm-tones --help)\"",
+        "for p in transcode tones mix conceal hello; do p=pcm-$p; $p --help 2>x | grep $p; $p >x && false; "
+        "test ! -s x; done",
+        "ulimit -c 0; endless='pcm-tones noise --duration 9e3 --rate 768000 x.wav'; "
+        "for signal in HUP INT QUIT PIPE; do "
         "timeout -s $signal 0.2 $endless || test $? = 124; done; (ulimit -f 1000; ! $endless); test -z \"$(ls x*)\"",
-        "trap '' HUP; tones noise --duration 10000 x.wav & sleep 0.1; kill -HUP $!; wait $!", // as under nohup
+        "trap '' HUP; pcm-tones noise --duration 10000 x.wav & sleep 0.1; kill -HUP $!; wait $!", // as under nohup
         "command -v multimon-ng || exit 0; for options in '' '--cadence 50:50' '--level -30' '--cadence 70:45'; do "
-        "tones dtmf '0123456789ABCD*#' x.raw --rate 22050 $options; multimon-ng -q -t raw -a DTMF x.raw | "
+        "pcm-tones dtmf '0123456789ABCD*#' x.raw --rate 22050 $options; multimon-ng -q -t raw -a DTMF x.raw | "
         "sed -n 's/^DTMF: //p' | tr -d '\n' | grep -x '0123456789ABCD[*]#'; done",
-        "for name in $(transcode --help | sed -n 's/^Encodings://p'); do echo $name; transcode half.wav --type raw - "
-        "--encoding $name 2>/dev/null | od -An -v -tx1 | tr -d ' '; done | tee x; test \"$(echo $(cat x))\" = '"
+        "for name in $(pcm-transcode --help | sed -n 's/^Encodings://p'); do echo $name; "
+        "pcm-transcode half.wav --type raw - --encoding $name 2>/dev/null | od -An -v -tx1 | tr -d ' '; done | tee x; "
+        "test \"$(echo $(cat x))\" = '"
         "s8 c0 u8 40 s16le 00c0 s16be c000 u16le 0040 u16be 4000 s24le 0000c0 s24be c00000 u24le 000040 u24be 400000 "
         "s32le 000000c0 s32be c0000000 u32le 00000040 u32be 40000000 f32le 000000bf f32be bf000000 alaw 25 mulaw 0f'"})
         Shell("set -e; rm -f x*; " + std::string(commands));
@@ -142,7 +148,7 @@ TEST_F(Programs, TranscodeReadsEveryContainerAndChangesWhatItIsTold)
     for (const auto &[in, format, options, text, steps, changed] : rows) {
         const std::string out = (format & SF_FORMAT_TYPEMASK) == kAu ? "x.au" : "x.wav";
         changed.empty() ? Write("in", in, 48000, 2, noise) : Write("in", in, 50, 2, {4, 0, 0, -4, 2, 2});
-        const std::string report = Shell("transcode " + options + " in " + out);
+        const std::string report = Shell("pcm-transcode " + options + " in " + out);
         EXPECT_NE(report.find(text), report.npos) << report;
         EXPECT_EQ(report.find("few programs read") != report.npos, (format & SF_FORMAT_ENDMASK) != 0) << report;
         EXPECT_EQ(SndfileHandle(out).format(), format) << report;
@@ -160,7 +166,7 @@ TEST_F(Programs, TranscodeChangesTheRate)
         for (int i = 0; i < 9 * from / 4 + 77; ++i)
             samples.push_back(static_cast<float>(2 * std::cos(2 * M_PI * hertz * i / from)));
         Write("in", kWav | kFloat, from, 1, samples);
-        const std::string report = Shell("transcode in x.wav --rate " + std::to_string(to));
+        const std::string report = Shell("pcm-transcode in x.wav --rate " + std::to_string(to));
         EXPECT_EQ(report.find("soxr") != report.npos, from != to && (from % 4000 || to % 4000)) << report;
         Samples out = Read("x.wav");
         EXPECT_EQ(std::ssize(out), (std::ssize(samples) * to + from - 1) / from) << report;
@@ -194,7 +200,7 @@ TEST_F(Programs, TonesHaveTheFrequenciesLevelCadenceAndDurationThatTheySay)
         {"noise --rate 1500 --cadence 1:1 --duration 0.008", -10, 1, "#..#..#..#.."}}; // 1 ms are 1.5 frames
     // clang-format on
     for (const auto &[arguments, level, block, expected, hertz] : rows) {
-        const std::string report = Shell("tones " + arguments + " --encoding f32le out.wav");
+        const std::string report = Shell("pcm-tones " + arguments + " --encoding f32le out.wav");
         SndfileHandle file("out.wav");
         const Samples samples = Read(file);
         std::string cadence;
@@ -220,12 +226,12 @@ TEST_F(Programs, MixAddsTwoRecordingsEachAtItsLevelAndConcealSilencesWholePacket
     Write("b.wav", kWav | kFloat, 1000, 2, other);
     other.resize(sum.size());
     std::ranges::transform(sum, other, sum.begin(), [](float a, float b) { return a * 0.1f + b * 10.0f; });
-    Shell("mix a.wav -20 b.wav 20 x.wav; mix b.wav 20 a.wav -20 y.wav; cmp x.wav y.wav");
+    Shell("pcm-mix a.wav -20 b.wav 20 x.wav; pcm-mix b.wav 20 a.wav -20 y.wav; cmp x.wav y.wav");
     EXPECT_EQ(Read("x.wav"), sum);
 
     Samples before = Random().Run(1013);
     Write("in.wav", kWav | kFloat, 160, 1, before); // 20 ms are 3 frames
-    const std::string report = Shell("conceal 10 in.wav x.wav");
+    const std::string report = Shell("pcm-conceal 10 in.wav x.wav");
     const Samples after = Read("x.wav");
     int lost = 0;
     for (std::size_t i = 0; i < after.size(); ++i)
