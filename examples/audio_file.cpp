@@ -1,6 +1,7 @@
 #include "audio_file.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <climits>
@@ -124,6 +125,24 @@ bool IsCutOff(SNDFILE *file, const SF_INFO &info)
     return false;
 }
 
+/// Whether a WAV, AIFF or AU file is shorter than its first bytes state, as when it is cut off within its header.
+bool IsShorterThanItStates(int fd, off_t length)
+{
+    std::array<unsigned char, 8> head{};
+    if (pread(fd, head.data(), head.size(), 0) < 4)
+        return false;
+    const std::string_view kind(reinterpret_cast<const char *>(head.data()), 4);
+    if (kind == "RIFF")
+        std::reverse(head.begin() + 4, head.end());
+    else if (kind != "RIFX" && kind != "FORM" && kind != ".snd")
+        return false;
+    unsigned long long stated = 0;
+    for (const unsigned char byte : std::span(head).last(4))
+        stated = stated << 8 | byte;
+    const off_t before = kind == ".snd" ? 0 : 8; // AU states the length of its header, the others of what follows
+    return length < 12 || (!MeansUnknown(stated) && length < static_cast<off_t>(stated) + before);
+}
+
 /// The reason why libsndfile could not open a file.
 std::string ReasonNotOpened()
 {
@@ -133,7 +152,7 @@ std::string ReasonNotOpened()
     return reason;
 }
 
-/// Writes all bytes. @return whether that succeeded; errno tells why not
+/// Writes all bytes. @return whether that succeeded; if not, errno is set
 bool WriteAll(int fd, std::span<const std::byte> bytes)
 {
     while (!bytes.empty()) {
@@ -145,7 +164,7 @@ bool WriteAll(int fd, std::span<const std::byte> bytes)
     return true;
 }
 
-/// Copies the rest of one file to another. @return whether that succeeded; errno tells why not
+/// Copies the rest of one file to another. @return whether that succeeded; if not, errno is set
 bool CopyRest(int from, int to)
 {
     std::vector<std::byte> block(65536);
@@ -164,6 +183,9 @@ Descriptor NamelessFile()
     const std::unique_ptr<FILE, int (*)(FILE *)> file(std::tmpfile(), std::fclose);
     return Descriptor(file ? dup(fileno(file.get())) : -1);
 }
+
+// The files that are read, by device and inode.
+std::vector<std::pair<dev_t, ino_t>> filesRead;
 
 // The name of the file that is being written, for the handler of signals and for the writer. Empty: none.
 char unfinishedPath[PATH_MAX];
@@ -281,20 +303,23 @@ AudioReader::AudioReader(const std::string &path) : path_(path)
         Fail(std::strerror(errno));
     if (S_ISDIR(status.st_mode))
         Fail(std::strerror(EISDIR));
-    if (path == "-" || !S_ISREG(status.st_mode)) { // libsndfile seeks in many kinds of files, which a pipe cannot
+    if (S_ISREG(status.st_mode))
+        filesRead.push_back({status.st_dev, status.st_ino});
+    const bool named = path != "-" && S_ISREG(status.st_mode);
+    if (!named) { // libsndfile seeks in many kinds of files, which a pipe cannot
         Descriptor copy = NamelessFile();
         if (!copy || !CopyRest(fd.Get(), copy.Get()) || fstat(copy.Get(), &status) != 0)
             Fail(std::strerror(errno));
         lseek(copy.Get(), 0, SEEK_SET);
-        file_.reset(sf_open_fd(copy.Release(), SFM_READ, &info_, SF_TRUE));
-    } else {
-        file_.reset(sf_open(path.c_str(), SFM_READ, &info_));
+        fd = std::move(copy);
     }
+    const bool isShort = IsShorterThanItStates(fd.Get(), status.st_size);
+    file_.reset(named ? sf_open(path.c_str(), SFM_READ, &info_) : sf_open_fd(fd.Release(), SFM_READ, &info_, SF_TRUE));
     if (status.st_size == 0)
         Fail("the file is empty");
     if (!file_)
-        Fail(ReasonNotOpened());
-    if (IsCutOff(file_.get(), info_))
+        Fail(isShort ? "the file is cut off" : ReasonNotOpened());
+    if (IsCutOff(file_.get(), info_) || (isShort && info_.frames == 0))
         Fail("the file is cut off");
     if (info_.frames == 0)
         Fail("the file holds no audio");
@@ -387,7 +412,7 @@ AudioWriter::AudioWriter(const std::string &path, int container, const SampleFor
         Fail(std::strerror(errno));
     if (container == SF_FORMAT_RAW)
         return;
-    // Extensible WAV is meant for more than two channels or 16 bits, and alone tells which speaker a channel is for.
+    // Extensible WAV is meant for more than two channels or 16 bits, and alone states the speaker of each channel.
     SF_INFO extensible = info;
     extensible.format = SF_FORMAT_WAVEX | format.subtype;
     const bool isExtensible = container == SF_FORMAT_WAV && (channels > 2 || format.encoding.SizeofFrame(1) > 2) &&
@@ -395,7 +420,7 @@ AudioWriter::AudioWriter(const std::string &path, int container, const SampleFor
     OpenSoundFile(isExtensible ? extensible : info);
     if (isExtensible && std::ssize(speakers) == channels &&
         sf_command(file_.get(), SFC_SET_CHANNEL_MAP_INFO, speakers.data(), SizeOf(speakers)) != SF_TRUE)
-        OpenSoundFile(info); // it cannot tell of speakers in this order, and would tell of others
+        OpenSoundFile(info); // it cannot state speakers in this order, and would state others
 }
 
 AudioWriter::~AudioWriter()
@@ -416,8 +441,10 @@ void AudioWriter::OpenTarget()
     const bool exists = stat(path_.c_str(), &status) == 0;
     if (path_ == "-" || (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))) {
         pipe_ = Descriptor(path_ == "-" ? dup(STDOUT_FILENO) : open(path_.c_str(), O_WRONLY | O_CLOEXEC));
-        if (!pipe_)
+        if (!pipe_ || fstat(pipe_.Get(), &status) != 0)
             Fail(std::strerror(errno));
+        if (std::ranges::find(filesRead, std::pair(status.st_dev, status.st_ino)) != filesRead.end())
+            Fail("the input is this same file");
         return;
     }
     if (exists && S_ISDIR(status.st_mode))

@@ -17,10 +17,20 @@
 
 #include <unistd.h>
 
+constexpr pbInt kMostChannels = 1024, kHighestRate = 655350; // of libsndfile, which reads no files with more
+
 /// What went wrong, as one line for the user.
 struct Failure : std::runtime_error {
     using runtime_error::runtime_error;
 };
+
+/// Prints how a program is called, where it was asked for or is called otherwise. @return the exit status
+inline int PrintUsage(const char *usage, int argc, char **argv)
+{
+    const bool asked = argc == 2 && (argv[1] == std::string_view("--help") || argv[1] == std::string_view("-h"));
+    std::fputs(usage, asked ? stdout : stderr);
+    return !asked;
+}
 
 /// A way to lay down samples, with its name on the command line.
 struct SampleFormat {
@@ -88,13 +98,13 @@ public:
     pbInt Channels() const { return info_.channels; }
     pbInt Frames() const { return info_.frames; } ///< as the file states them
 
-    /// Which speaker each channel is for, in libsndfile's numbers; empty when the file does not tell.
+    /// Which speaker each channel is for, in libsndfile's numbers; empty when the file does not say.
     const std::vector<int> &Speakers() const { return speakers_; }
 
     std::string Description() const; ///< container and sample format, such as "wav s16le"
     pcm::Encoding Encoding() const;  ///< what the file's samples are, or come closest to
 
-    /// @return the next frames, at most so many; an empty handle after the last
+    /// @return the next frames, at most as many as asked for; an empty handle after the last
     pcm::Packet Read(pbInt frames);
 
 private:
@@ -110,13 +120,14 @@ private:
 
 /**
    Writes a file under a temporary name, which Finish replaces with its own; without Finish, and when a signal ends the
-   process, the temporary file is removed. A symbolic link stays, and what it leads to is replaced. What goes to a pipe
-   or device, or to standard output for "-", is collected in a file and written there by Finish; without a header it
-   goes there at once. One writer at a time in a process. Throws Failure.
+   process, the temporary file is removed. So a file that is read may be the one that is written. A symbolic link stays,
+   and what it leads to is replaced. What goes to a pipe or device, or to standard output for "-", is collected in a
+   file and written there by Finish; without a header it goes there at once. That must not be a file that is read. One
+   writer at a time in a process. Throws Failure.
 */
 class AudioWriter {
 public:
-    /// @param speakers  which speaker each channel is for, as AudioReader tells; empty when that is not known
+    /// @param speakers  which speaker each channel is for, as of AudioReader; empty when that is not known
     AudioWriter(const std::string &path, int container, const SampleFormat &format, pbInt rate, pbInt channels,
                 std::vector<int> speakers = {});
     ~AudioWriter();

@@ -13,9 +13,9 @@ namespace {
 
 constexpr char kUsage[] =
     "Usage: pcm-conceal PERCENT INPUT OUTPUT\n"
-    "Loses so many in a hundred of a recording's 20 ms packets, the same ones in every run,\n"
-    "and writes the rest with silence in their place. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT\n"
-    "of - is standard input or output.\n";
+    "Loses PERCENT % of a recording's 20 ms packets, the same ones in every run, and writes the rest\n"
+    "with silence in their place. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT of - is standard\n"
+    "input or output.\n";
 
 /// Makes a signal without gaps of packets that arrive in their order, though not all of them.
 struct Receiver {
@@ -65,7 +65,7 @@ void Conceal(double percent, const std::string &input, const std::string &output
 int main(int argc, char **argv)
 {
     if (argc != 4)
-        return std::fputs(kUsage, argc == 2 && argv[1] == std::string("--help") ? stdout : stderr), argc != 2;
+        return PrintUsage(kUsage, argc, argv);
     try {
         char *end = nullptr;
         const double percent = std::strtod(argv[1], &end);

@@ -49,9 +49,10 @@ static PB_BUFFER *DialTone(void)
 
 int main(int argc, char **argv)
 {
-    if (argc != 2 || strcmp(argv[1], "--help") == 0) {
-        fputs("Usage: pcm-hello OUTPUT.au\nWrites a second of dial tone.\n", argc == 2 ? stdout : stderr);
-        return argc != 2;
+    if (argc != 2 || argv[1][0] == '-') {
+        const int asked = argc == 2 && (strcmp(argv[1], "--help") == 0 || strcmp(argv[1], "-h") == 0);
+        fputs("Usage: pcm-hello OUTPUT.au\nWrites a second of dial tone.\n", asked ? stdout : stderr);
+        return !asked;
     }
     pcmModule()->startup();
     PB_BUFFER *bytes = DialTone();

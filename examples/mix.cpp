@@ -29,7 +29,7 @@ struct Input {
     AudioReader reader;
     pbReal level; ///< dB
 
-    /// @return the next frames at their level, at most so many; none after the end
+    /// @return the next frames at their level, at most as many as asked for; none after the end
     pcm::Packet Next(pbInt frames)
     {
         auto pkt = reader.Read(frames);
@@ -70,7 +70,7 @@ void Mix(Input a, Input b, const std::string &output)
 int main(int argc, char **argv)
 {
     if (argc != 6)
-        return std::fputs(kUsage, argc == 2 && argv[1] == std::string("--help") ? stdout : stderr), argc != 2;
+        return PrintUsage(kUsage, argc, argv);
     try {
         const pcm::Module module;
         Mix({AudioReader(argv[1]), Decibels(argv[2])}, {AudioReader(argv[3]), Decibels(argv[4])}, argv[5]);

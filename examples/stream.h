@@ -36,7 +36,7 @@ constexpr pbInt BlockFrames(pbInt rate)
 /// A file, 20 ms at a time.
 StreamPtr FromFile(AudioReader &reader);
 
-/// So many frames of the input, from frame `start` on. Reads the input to its end; throws Failure if it ends too soon.
+/// `frames` of the input, from frame `start` on. Reads the input to its end; throws Failure if it ends too soon.
 StreamPtr Trimmed(StreamPtr input, pbInt start, pbInt frames);
 
 /// The input with its level changed.
@@ -56,7 +56,7 @@ StreamPtr AtRate(StreamPtr input, pbInt rate);
 /// What changes one rate to another: the filters with their rates, or soxr's version.
 std::string RateChanger(pbInt from, pbInt to);
 
-/// The input and then so many frames of silence.
+/// The input and then `frames` of silence.
 StreamPtr Padded(StreamPtr input, pbInt frames);
 
 /// The input cut anew, into packets of exactly 20 ms and a last one of what is left.

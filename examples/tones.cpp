@@ -64,7 +64,7 @@ constexpr pbInt kRows[] = {697, 770, 852, 941}, kColumns[] = {1209, 1336, 1477, 
 /// Gives the next frames of a sound, in one channel.
 using Sound = std::function<pcm::Packet(pbInt frames)>;
 
-/// A sound, begun anew, for so many milliseconds.
+/// A sound, begun anew, and how long it is heard.
 struct Stretch {
     std::function<Sound()> begin;
     pbInt milliseconds;
@@ -131,8 +131,8 @@ Programme Dtmf(const Options &options)
         const char digit = static_cast<char>(std::toupper(static_cast<unsigned char>(options.digits[i])));
         const std::size_t key = kKeys.find(digit);
         if (key == kKeys.npos)
-            throw Failure(std::string("'") + options.digits[i] + "' is not a digit of dtmf; these are " +
-                          std::string(kKeys));
+            throw Failure(std::string("'") + options.digits[i] +
+                          "' is not a digit of dtmf, which has 0 to 9, A to D, * and #");
         if (!keys.count(digit))
             keys[digit] = PairOfTones(std::string("digit ") + digit, {kRows[key / 4], kColumns[key % 4]}, options.rate,
                                       &programme.report);
@@ -181,7 +181,8 @@ Programme ProgrammeOf(const Options &options)
 pbInt Play(const Programme &programme, const Options &options, const SampleFormat &format, AudioWriter &writer)
 {
     const pbInt block = BlockFrames(options.rate);
-    const pbInt total = std::llround(options.duration.value_or(programme.duration) * static_cast<pbReal>(options.rate));
+    const pbReal seconds = options.duration.value_or(programme.duration);
+    const pbInt total = std::max<pbInt>(std::llround(seconds * static_cast<pbReal>(options.rate)), 1);
     const auto &stretches = programme.stretches;
     pcm::PacketQueue queue(1);
     const auto send = [&](pbInt frames) { writer.Write(queue.Gather(frames).Encode(format.encoding)); };
@@ -237,8 +238,8 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
           [&](auto &name, auto &value) { options.cadence = CadenceOf(name, value); }},
          {"--duration", "SECONDS", "up to 86400; default: as long as dtmf takes, 6 for ringback, 3 for the others",
           [&](auto &name, auto &value) { options.duration = NumberOf(name, value, 0.001, kLongest); }},
-         {"--rate", "HZ", "frames per second, 1000 to 768000; default 8000",
-          [&](auto &name, auto &value) { options.rate = CountOf(name, value, 1000, 768000); }}},
+         {"--rate", "HZ", "frames per second, 1 to " + std::to_string(kHighestRate) + "; default 8000",
+          [&](auto &name, auto &value) { options.rate = CountOf(name, value, 1, kHighestRate); }}},
         options, arguments);
     if (!words)
         return std::nullopt;

@@ -34,8 +34,7 @@ struct Options : OutputOptions {
     pbInt pad = 0;                               // frames
 };
 
-constexpr pbInt kMostChannels = 1024, kHighestRate = 655350; // of libsndfile, which refuses files with more
-constexpr pbInt kMostFrames = pbInt{1} << 48;                // of any option, so that no sum of two overflows
+constexpr pbInt kMostFrames = pbInt{1} << 48; // of any option, so that no sum of two overflows
 
 std::pair<pbInt, pbInt> RangeOf(const std::string &option, std::string_view text)
 {
@@ -52,7 +51,7 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
     Options options;
     const auto files =
         WordsOf(kText,
-                {{"--level", "DB", "raise the level by so many decibels, or lower it: -200 to 200",
+                {{"--level", "DB", "raise the level by DB decibels, or lower it: -200 to 200",
                   [&](auto &name, auto &value) { options.level = NumberOf(name, value, -200.0, 200.0); }},
                  {"--channels", "N",
                   "make N channels, each the average of all channels of INPUT; a file that has N stays as it is",
@@ -60,12 +59,12 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
                  {"--expand", "", "with --channels: where channels are added, keep those of INPUT as they are",
                   [&](auto &, auto &) { options.expand = true; }},
                  {"--rate", "HZ",
-                  "change the frame rate: built-in filters between 8000, 12000, 16000, 24000 and 48000,\n"
+                  "change the frame rate to HZ: built-in filters between 8000, 12000, 16000, 24000 and 48000,\n"
                   "the library soxr for all other rates",
                   [&](auto &name, auto &value) { options.rate = CountOf(name, value, 1, kHighestRate); }},
-                 {"--trim", "START:FRAMES", "take so many frames of INPUT, from frame START on, counted from 0",
+                 {"--trim", "START:FRAMES", "take FRAMES frames of INPUT, from frame START on, counted from 0",
                   [&](auto &name, auto &value) { options.trim = RangeOf(name, value); }},
-                 {"--pad", "FRAMES", "add so many frames of silence at the end of OUTPUT",
+                 {"--pad", "FRAMES", "add FRAMES frames of silence at the end of OUTPUT",
                   [&](auto &name, auto &value) { options.pad = CountOf(name, value, 0, kMostFrames); }}},
                 options, arguments);
     if (!files)
