@@ -3,6 +3,7 @@
 #include <pcm/pcm.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 static void Make()
@@ -45,6 +46,22 @@ static void Channels()
     CHECK(stereo.Samples()[2] == 0.5f);
 }
 
+// The peak and the root mean square of a packet's samples, in dB of full scale, at least -200. The samples are finite.
+struct Level {
+    pbReal peak, rms;
+};
+
+static Level Measure(const pcm::Packet &pkt)
+{
+    pbReal peak = 0, squares = 0;
+    for (const pbReal sample : pkt.Samples()) {
+        peak = std::max(peak, std::abs(sample));
+        squares += sample * sample;
+    }
+    const pbReal mean = squares / std::max(1.0, static_cast<pbReal>(pkt.Samples().size()));
+    return {pcm::DecibelFromGain(peak), pcm::DecibelFromGain(std::sqrt(mean))};
+}
+
 int main()
 {
     const pcm::Module module;
@@ -52,4 +69,7 @@ int main()
     Share();
     Edit();
     Channels();
+    const auto level = Measure(pcm::Packet(std::vector<float>{0.5f, 0, 0, 0}, 1));
+    CHECK(std::abs(level.peak - -6.02) < 0.01 && std::abs(level.rms - -12.04) < 0.01);
+    CHECK(Measure(pcm::Packet(1)).peak == -200);
 }

@@ -44,6 +44,44 @@ private:
     pcm::Filter filter_;
 };
 
+// A call between a telephone network (mu-law, 8000 frames per second) and a wideband one (L16, 16000). Each function
+// takes the payload of an RTP packet and returns that of the packet to send, or an empty handle if there is none.
+class Gateway {
+public:
+    pcm::Buffer ToWideband(const pcm::Buffer &payload)
+    {
+        auto pkt = pcm::Packet::TryDecode(payload, PCM_ENCODING_G711_MULAW, 1); // any number of bytes is right
+        if (pkt.Frames() == 0)
+            return {};
+        pkt.FramesExtend(2);
+        up_.Write(pkt);
+        auto out = up_.Read();
+        out.LevelAdjust(pcm::DecibelFromGain(2.0)); // the level was spread over two frames
+        return out.Encode(kL16);
+    }
+
+    pcm::Buffer ToTelephone(const pcm::Buffer &payload)
+    {
+        auto pkt = pcm::Packet::TryDecode(payload, kL16, 1);
+        if (!pkt) // half a sample: not from a sender of L16
+            return {};
+        pkt.LevelAdjust(-5.0); // headroom for the filter
+        down_.Write(pkt);
+        const pbInt whole = down_.Frames() / 2 * 2;
+        if (whole == 0)
+            return {};
+        auto out = down_.Gather(whole);
+        out.FramesReduce(2);
+        out.LevelAdjust(5.0);
+        return out.Encode(PCM_ENCODING_G711_MULAW);
+    }
+
+private:
+    static constexpr PCM_ENCODING kL16 = PCM_ENCODING_INT_16 | PCM_ENCODING_BIG_ENDIAN;
+    pcm::FilterCoefficients lowPass_{PCM_FILTER_TYPE_LOWPASS_4000_AT_16000};
+    pcm::Filter up_{lowPass_, 1}, down_{lowPass_, 1};
+};
+
 /// The peak of a tone of 500 Hz once the filter is full.
 template <class Step> static float Peak(Step step, pbInt from)
 {
@@ -112,4 +150,16 @@ int main()
     const float down = Peak(Down(1), 48000), up = Peak(Up(1), 8000);
     CHECK(down > 0.97f && down < 1.03f);
     CHECK(up > 0.97f && up < 1.03f);
+
+    Gateway gateway;
+    pcm::Tone tone(20);
+    pcm::Packet back(1);
+    for (int i = 0; i < 10; ++i) {
+        const auto wideband = gateway.ToWideband(tone.Gather(160).Encode(PCM_ENCODING_G711_MULAW));
+        CHECK(wideband.Length() == 640);
+        back.Append(pcm::Packet::TryDecode(gateway.ToTelephone(wideband), PCM_ENCODING_G711_MULAW, 1));
+    }
+    CHECK(back.Frames() == 1600 && std::ranges::max(back.Samples().last(160)) > 0.9f);
+    const pcm::Buffer none(std::span<const std::byte>{}), half(std::as_bytes(std::span("x", 1)));
+    CHECK(!gateway.ToWideband(none) && !gateway.ToTelephone(none) && !gateway.ToTelephone(half));
 }
