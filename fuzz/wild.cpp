@@ -23,13 +23,32 @@ Word Number(Random &random)
     }
 }
 
-/// The channels and samples of the packets.
-auto Packets(Subjects &subjects)
+std::vector<Subject<PCM_PACKET> *> PacketsOf(Subjects &all)
 {
-    std::vector<std::pair<pbInt, std::vector<uint32_t>>> packets;
-    for (const char name : {'P', 'p', 's', 'd', 'e', 'w', 'v'})
-        packets.emplace_back(pcmPacketChannels(subjects.Packet(name)), BitsOf(SamplesOf(subjects.Packet(name))));
-    return packets;
+    return {&all.block, &all.mono3, &all.mono5, &all.stereo3, &all.stereo0, &all.widest, &all.wide};
+}
+
+/// The channels and samples of the packets.
+auto Contents(Subjects &subjects)
+{
+    std::vector<std::pair<pbInt, std::vector<uint32_t>>> contents;
+    for (const Subject<PCM_PACKET> *pkt : PacketsOf(subjects))
+        contents.emplace_back(pcmPacketChannels(*pkt), BitsOf(SamplesOf(*pkt)));
+    return contents;
+}
+
+/// A packet or a queue of the subjects; now and then, and for every other sort, null or the handle of nothing.
+Word Any(Random &random, Subjects &subjects, const Argument &argument)
+{
+    std::vector<AnySubject *> some;
+    if (argument.sort == Sorts::Place<PCM_PACKET>())
+        std::ranges::copy(PacketsOf(subjects), std::back_inserter(some));
+    if (argument.sort == Sorts::Place<PCM_PACKET_QUEUE>())
+        some = {&subjects.queue24, &subjects.queue0};
+    const auto at = static_cast<std::size_t>(random.From(0, std::ssize(some) + 1));
+    if (at < some.size())
+        return some[at]->As(argument.kind);
+    return at == some.size() && argument.kind == Argument::Handle ? reinterpret_cast<Word>(&subjects.empty.object) : 0;
 }
 
 } // namespace
@@ -55,10 +74,10 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
 {
-    static const std::vector<Operation> operations = AllOperations();
+    static const std::vector<Operation> operations = Table().operations;
     Random random(std::span(data, size));
     Subjects subjects;
-    for (auto before = Packets(subjects); !random.Done(); before = Packets(subjects)) {
+    for (auto before = Contents(subjects); !random.Done(); before = Contents(subjects)) {
         if (std::ranges::any_of(before, [](const auto &packet) { return packet.second.size() > 1 << 16; }))
             break;
         const Operation &operation = random.Of(operations);
@@ -68,10 +87,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
             const Argument &argument = operation.arguments[i];
             if (argument.kind == Argument::Array || random.OneIn(2))
                 continue;
-            const std::string names = argument.sort == 0 ? "Ppsdewvn0" : argument.sort == 1 ? "Qrn0" : "n0";
             words[i] = argument.kind == Argument::Real  ? random.Bits()
                        : argument.kind == Argument::Int ? Number(random)
-                                                        : subjects.Parse({random.Of(names)}, argument);
+                                                        : Any(random, subjects, argument);
             small &= argument.kind != Argument::Int || static_cast<pbInt>(words[i]) <= 13;
         }
         for (std::size_t i = 0; i < words.size(); ++i) // what is too much for an array must be refused
@@ -82,8 +100,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
         if (comes)
             Call(operation, words);
         calling = false;
-        if (!comes && Packets(subjects) != before)
-            std::fprintf(stderr, "A refused call has changed a packet\n"), std::abort();
+        if (!comes && Contents(subjects) != before) {
+            std::fprintf(stderr, "A refused call has changed a packet\n");
+            std::abort();
+        }
     }
     return 0;
 }

@@ -1,5 +1,5 @@
 // Runs the tests between the module's start-up and shut-down, and finds objects and blocks that a test leaves behind.
-#include "support.h"
+#include "operations.h"
 
 #include <csignal>
 #include <dlfcn.h>
@@ -21,6 +21,19 @@ void WriteCoverage(int)
             reinterpret_cast<void (*)()>(dump)();
 }
 
+/// Prints the table of operations: a line for each operation, and one for each call that it refuses, with its
+/// arguments, its file and its text between tabs.
+int PrintOperations()
+{
+    const Table table;
+    for (const Operation &operation : table.operations)
+        std::printf("%s\n", operation.name.c_str());
+    for (const Refusal &refusal : table.refusals)
+        std::printf("%s\t%s\t%s\t%s\n", refusal.operation.c_str(), refusal.arguments.c_str(), refusal.file,
+                    refusal.text);
+    return 0;
+}
+
 class FindsLeaks : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo &) override { before_ = Alive(); }
     void OnTestEnd(const testing::TestInfo &) override { EXPECT_EQ(Alive(), before_) << "objects or blocks are left"; }
@@ -38,7 +51,7 @@ int main(int argc, char **argv)
     std::signal(SIGABRT, WriteCoverage); // abort() ends the process when it returns
     testing::UnitTest::GetInstance()->listeners().Append(new FindsLeaks);
     std::optional<pcm::Module> module(std::in_place);
-    const int failures = RUN_ALL_TESTS();
+    const int failures = argc == 2 && argv[1] == std::string("--operations") ? PrintOperations() : RUN_ALL_TESTS();
     module.reset();
     if (Alive() == std::pair<pbInt, pbInt>())
         return failures;

@@ -1,12 +1,13 @@
-// Every operation of the library: its name, its file, the kinds of its arguments and what it refuses, so that loops can
-// call each with arguments of their own choice. An argument travels as a word of 64 bits: a number, a real number, or a
-// pointer.
+// The table of all operations, at the end of this file: their names and files, and the calls that they refuse. Loops
+// call each operation with arguments of their own choice, which travel as words of 64 bits: a number, a real number, or
+// a pointer. `pcm_tests --operations` prints the table for other programs.
 #pragma once
 
 #include "support.h"
 
-#include <functional>
-#include <map>
+#include <algorithm>
+#include <cstdio>
+#include <limits>
 #include <type_traits>
 #include <utility>
 
@@ -28,14 +29,13 @@ constexpr const char *kObjectNames[] = {"(pkt|source)",
                                         "(queue|source)",
                                         "(filter|source)",
                                         "(coeff|coefficients|source)",
-                                        "tone[AB]?",
+                                        "tone[AB]?", // as above
                                         "(buf|source)",
                                         "pbs",
                                         "vec",
                                         "enm",
                                         "flags",
                                         "obj"};
-constexpr int kSorts = std::size(kObjectNames);
 
 struct Argument {
     enum Kind { Int, Real, Array, Object, Handle } kind; ///< an array: of samples, bytes or characters
@@ -53,96 +53,104 @@ struct Argument {
     }
 };
 
-/// An operation, and calls that end the process: the arguments of each, and the text of the check, before it its file
-/// where that is not the operation's own. They come in the order of the checks; each call breaks a condition and, where
-/// it can, all that are checked after it.
-///
-/// An argument is a number; M is the greatest, m the least, M/4 a part of it, ^60 a power of two; 0 is null, n a handle
-/// of null, a an array. The packets p, s, d, e, w and v are mono of 3 frames and of 5, stereo of 3 frames and of none,
-/// and without frames of 2^62 and 2^60 channels; Q is a queue of 24 frames of 16 channels, r one of none, F a filter
-/// like Q, c a set of coefficients, t a tone, b a buffer, y an enumeration, u an empty vector, x a text.
 struct Operation {
-    const char *file;
     std::string name;
-    const char *refusals;
+    const char *file;
     std::vector<Argument> arguments;
     std::function<Word(const Word *)> call; ///< returns the object that the operation returns, or 0
-};
-
-/// Objects by the letters of the table of operations; and one of each sort that every operation accepts beside the
-/// numbers 2, 3, 4 and so on. All are shared, so that a change copies them.
-class Subjects {
-public:
-    Subjects()
-    {
-        const auto put = [&](char name, const auto &handle) {
-            slots_[name] = held_.emplace_back(Held<PB_OBJ>::Share(pcm::Obj(handle.Get())));
-        };
-        const auto pkt = MakePacket(16, Samples(16 * 12, 0.5f));
-        const pcm::FilterCoefficients taps(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000);
-        pcm::PacketQueue queue(16);
-        pcm::Filter filter(taps, 16);
-        auto vector = Held<PB_VECTOR>::Adopt(pbVectorCreate());
-        queue.Write(pkt), queue.Write(pkt), filter.Write(pkt), filter.Write(pkt);
-        pbVectorAppendObj(vector.Address(), pcm::Obj(pkt.Get()));
-        put('P', pkt), put('Q', queue), put('F', filter), put('V', vector), put('c', taps), put('t', pcm::Tone(40));
-        put('p', MakePacket(1, {1, 2, 3})), put('s', MakePacket(1, Samples(5))), put('d', MakePacket(2, Samples(6)));
-        put('e', pcm::Packet(2)), put('w', pcm::Packet(pbInt{1} << 62)), put('v', pcm::Packet(pbInt{1} << 60));
-        put('r', pcm::PacketQueue(2)), put('b', pcm::Buffer(std::as_bytes(std::span(arrays_[0], 15))));
-        put('x', pcm::String("PCM_ENCODING_INT_16")), put('y', Held<PB_ENUM>::Share(pcm___FilterTypeEnum));
-        put('u', Held<PB_VECTOR>::Adopt(pbVectorCreate())), put('g', Held<PB_FLAGSET>::Share(pcm___EncodingFlagset));
-        slots_['n'] = {};
-    }
-
-    /// An argument as the table of operations says it.
-    Word Parse(const std::string &token, const Argument &argument)
-    {
-        if (argument.kind == Argument::Real)
-            return std::bit_cast<Word>(std::stod(token));
-        if (argument.kind == Argument::Array)
-            return reinterpret_cast<Word>(token == "a" ? arrays_[0] : nullptr);
-        if (argument.kind == Argument::Int)
-            return token[0] == '^'   ? Word{1} << std::stoi(token.substr(1))
-                   : token[0] == 'm' ? Word{1} << 63
-                   : token[0] == 'M' ? Word{INT64_MAX} / (token[1] ? std::stoi(token.substr(2)) : 1)
-                                     : static_cast<Word>(std::stoll(token));
-        if (token == "0")
-            return 0;
-        auto &slot = slots_.at(token[0]);
-        return argument.kind == Argument::Handle ? reinterpret_cast<Word>(slot.Address())
-                                                 : reinterpret_cast<Word>(slot.Get());
-    }
-
-    std::vector<Word> Accepted(const Operation &operation)
-    {
-        std::vector<Word> words;
-        int number = 2;
-        for (const Argument &argument : operation.arguments)
-            if (argument.kind == Argument::Array)
-                words.push_back(reinterpret_cast<Word>(arrays_[words.size() % 2]));
-            else if (argument.kind == Argument::Object || argument.kind == Argument::Handle)
-                words.push_back(Parse({"PQFctbxVygx"[argument.sort]}, argument));
-            else
-                words.push_back(Parse(std::to_string(number++), argument));
-        if (operation.name == "pcmPacketWrite") // a whole packet onto one as long
-            words[1] = 0;
-        if (operation.name == "pcmPacketWriteChannelsSamples") // from channels 4 to 10 of so many
-            words[5] = 12;
-        return words;
-    }
-
-    PCM_PACKET *Packet(char name) { return pcmPacketFrom(slots_[name].Get()); }
-
-private:
-    std::map<char, Held<PB_OBJ>> slots_;
-    std::vector<Held<PB_OBJ>> held_;
-    PCM_SAMPLE arrays_[2][400] = {};
 };
 
 inline void Call(const Operation &operation, const std::vector<Word> &words)
 {
     const auto result = Held<PB_OBJ>::Adopt(reinterpret_cast<PB_OBJ *>(operation.call(words.data())));
 }
+
+/// An object to call operations with. It is shared, so that a change copies it.
+struct AnySubject {
+    Held<PB_OBJ> handle, other = handle;
+
+    Word As(Argument::Kind kind)
+    {
+        return kind == Argument::Handle ? reinterpret_cast<Word>(handle.Address())
+                                        : reinterpret_cast<Word>(handle.Get());
+    }
+};
+
+/// One of a known sort: it passes as the object, and as the address of a handle.
+template <class T> struct Subject : AnySubject {
+    explicit Subject(T *object) : AnySubject{Held<PB_OBJ>::Share(pcm::Obj(object))} {}
+    operator T *() const { return reinterpret_cast<T *>(handle.Get()); }
+    operator T **() { return reinterpret_cast<T **>(handle.Address()); }
+    operator PB_OBJ *() const { return handle.Get(); }
+};
+
+/// A queue or a filter of 16 channels, with 24 frames written.
+template <class H> H Written(H handle)
+{
+    const pcm::Packet pkt = MakePacket(16, Samples(16 * 12));
+    handle.Write(pkt);
+    handle.Write(pkt);
+    return handle;
+}
+
+inline Held<PB_VECTOR> VectorOf(const pcm::Packet &pkt)
+{
+    auto vector = Held<PB_VECTOR>::Adopt(pbVectorCreate());
+    pbVectorAppendObj(vector.Address(), pcm::Obj(pkt.Get()));
+    return vector;
+}
+
+/// What the rows of the table name beside numbers: objects, an array, and the handle of nothing. A null pointer is an
+/// object, a handle or an array that is missing.
+struct Subjects {
+    PCM_SAMPLE array[400] = {}, otherArray[400] = {};
+    Subject<PCM_PACKET> mono3{MakePacket(1, {1, 2, 3}).Get()}, mono5{MakePacket(1, Samples(5)).Get()};
+    Subject<PCM_PACKET> stereo3{MakePacket(2, Samples(6)).Get()}, stereo0{pcm::Packet(2).Get()};
+    Subject<PCM_PACKET> block{MakePacket(16, Samples(16 * 12, 0.5f)).Get()};
+    Subject<PCM_PACKET> wide{pcm::Packet(pbInt{1} << 60).Get()}, widest{pcm::Packet(pbInt{1} << 62).Get()}; // no frames
+    Subject<PCM_PACKET_QUEUE> queue0{pcm::PacketQueue(2).Get()}, queue24{Written(pcm::PacketQueue(16)).Get()};
+    Subject<PCM_FILTER_COEFFICIENTS> taps{pcm::FilterCoefficients(Samples(16, 0.5f)).Get()};
+    Subject<PCM_FILTER> filter24{Written(pcm::Filter(pcm::FilterCoefficients::Share(taps), 16)).Get()};
+    Subject<PCM_TONE> tone{pcm::Tone(40).Get()};
+    Subject<PB_BUFFER> bytes{pcm::Buffer(std::as_bytes(std::span(array)).first(15)).Get()};
+    Subject<PB_STRING> text{pcm::String("PCM_ENCODING_INT_16").Get()};
+    Subject<PB_VECTOR> vector0{Held<PB_VECTOR>::Adopt(pbVectorCreate()).Get()}, vector1{VectorOf(pcm::Packet(1)).Get()};
+    Subject<PB_ENUM> types{pcm___FilterTypeEnum};
+    Subject<PB_FLAGSET> flags{pcm___EncodingFlagset};
+    struct Empty {
+        PB_OBJ *object = nullptr;
+        template <class T> operator T **() { return reinterpret_cast<T **>(&object); }
+    } empty;
+
+    /// Arguments that the operation accepts: of each sort of objects one that suits the numbers 2, 3, 4 and so on.
+    std::vector<Word> Accepted(const Operation &operation)
+    {
+        AnySubject *const subjects[] = {&block, &queue24, &filter24, &taps,  &tone, &bytes,
+                                        &text,  &vector1, &types,    &flags, &text};
+        std::vector<Word> words;
+        int number = 2;
+        for (const Argument &argument : operation.arguments)
+            switch (argument.kind) {
+            case Argument::Int: words.push_back(number++); break;
+            case Argument::Real: words.push_back(std::bit_cast<Word>(static_cast<pbReal>(number++))); break;
+            case Argument::Array: words.push_back(reinterpret_cast<Word>(words.size() % 2 ? otherArray : array)); break;
+            default: words.push_back(subjects[argument.sort]->As(argument.kind));
+            }
+        if (operation.name == "pcmPacketWrite") // a whole packet onto one as long
+            words[1] = 0;
+        if (operation.name == "pcmPacketWriteChannelsSamples") // from channels 4 to 10 of so many
+            words[5] = 12;
+        return words;
+    }
+};
+
+/// A call that ends the process. The calls of an operation come in the order of its checks; each breaks a condition
+/// and, where it can, all that are checked after it.
+struct Refusal {
+    std::string operation, arguments; ///< as the table has them
+    std::function<void()> call;
+    const char *text, *file; ///< of the check
+};
 
 template <class T> T FromWord(Word word)
 {
@@ -152,233 +160,377 @@ template <class T> T FromWord(Word word)
         return std::bit_cast<T>(word);
 }
 
-template <class R, class... A> Operation MakeOperation(R (*function)(A...))
-{
-    const auto call = [function](const Word *words) {
-        const auto apply = [=]<std::size_t... I>(std::index_sequence<I...>) {
-            return function(FromWord<A>(words[I])...);
+class Table : public Subjects {
+public:
+    Table();
+
+    std::vector<Operation> operations; ///< those that are called with what they accept too
+    std::vector<Refusal> refusals;
+
+private:
+    template <class R, class... A> void Add(const char *name, R (*function)(A...))
+    {
+        const auto call = [function](const Word *words) -> Word {
+            const auto apply = [=]<std::size_t... I>(std::index_sequence<I...>)
+            {
+                return function(FromWord<A>(words[I])...);
+            };
+            if constexpr (Argument::Of<R>().kind == Argument::Object)
+                return reinterpret_cast<Word>(apply(std::index_sequence_for<A...>()));
+            apply(std::index_sequence_for<A...>());
+            return 0;
         };
-        if constexpr (Argument::Of<R>().kind == Argument::Object)
-            return reinterpret_cast<Word>(apply(std::index_sequence_for<A...>()));
-        else
-            return static_cast<void>(apply(std::index_sequence_for<A...>())), Word{0};
-    };
-    return {"", "", "", {Argument::Of<A>()...}, call};
-}
-
-/// Adds operations of one file that refuse the same; their names are a list.
-template <class... F>
-void Add(std::vector<Operation> &all, const char *file, const char *refusals, std::string names, F *...functions)
-{
-    for (Operation operation : {MakeOperation(functions)...}) {
-        operation.file = file, operation.refusals = refusals, operation.name = names.substr(0, names.find(','));
-        names.erase(0, operation.name.size() + 2);
-        all.push_back(std::move(operation));
+        if (std::ranges::find(operations, name, &Operation::name) == operations.end())
+            operations.push_back({name, file, {Argument::Of<A>()...}, call});
     }
-}
 
+    /// Adds operations whose names are a list.
+    template <class... F> void AddAll(std::string names, F *...functions)
+    {
+        const auto add = [&](auto function) {
+            const std::string name = names.substr(0, names.find(','));
+            names.erase(0, name.size() + 2);
+            Add(name.c_str(), function);
+        };
+        (add(functions), ...);
+    }
+
+    void Refuse(const char *name, const char *arguments, std::function<void()> call, const char *text,
+                const char *its = nullptr)
+    {
+        refusals.push_back({name, arguments, call, text, its ? its : file});
+    }
+
+    const char *file = nullptr; ///< of the operations that are added
+};
+
+// The operations whose first refusal is that an object is missing, or that refuse nothing.
 // clang-format off
-#define OPERATIONS(refusals, ...) Add(all, file, refusals, #__VA_ARGS__, __VA_ARGS__)
-#define OPERATION(operation, refusals) OPERATIONS(refusals, operation)
+#define ACCEPTS(...) AddAll(#__VA_ARGS__, __VA_ARGS__)
+// An operation that takes over a block or a reference, or that only the runtime calls: no loop calls it.
+#define ONLY_REFUSES(operation, arguments, ...)                                                                        \
+    Refuse(#operation, #arguments, [&] { operation arguments; }, __VA_ARGS__)
+// A refused call: its arguments, the text of the check, and its file where that is not the operation's.
+#define REFUSES(operation, ...) Add(#operation, operation), ONLY_REFUSES(operation, __VA_ARGS__)
+#define BOTH_REFUSE(one, other, ...) REFUSES(one, __VA_ARGS__), REFUSES(other, __VA_ARGS__)
 
-/// All but the standard functions of the sorts, those that take over a block, what the runtime alone calls, and
-/// pcmFilterCoefficientsCreateFrom, which checks nothing.
-inline std::vector<Operation> AllOperations()
+constexpr char kPacket[] = "source/pcm/pcm_packet", kQueue[] = "source/pcm/pcm_packet_queue",
+               kEncoding[] = "source/pcm/pcm_encoding", kSamples[] = "source/pcm/pcm_samples_stdc",
+               kMemory[] = "source/pb/pb_mem", kObjects[] = "source/pb/pb_obj";
+
+constexpr pbInt kMost = INT64_MAX, kLeast = INT64_MIN;
+constexpr pbReal kNan = std::numeric_limits<pbReal>::quiet_NaN(), kInfinity = std::numeric_limits<pbReal>::infinity();
+
+constexpr pbInt TwoTo(int power)
 {
-    std::vector<Operation> all;
-    const char *file = "source/pcm/pcm_packet";
-    OPERATIONS("", pcmPacketCreateFrom, pcmPacketChannels, pcmPacketFrames, pcmPacketBacking, pcmPacketMutableBacking,
-        pcmPacketClear, pcmPacketWriteLeading, pcmPacketInsertLeading, pcmPacketInsertTrailing, pcmPacketPrepend,
-        pcmPacketPrependInner, pcmPacketPrependOuter, pcmPacketPrependTrailing, pcmPacketPrependZero,
-        pcmPacketAppendInner, pcmPacketAppendOuter, pcmPacketAppendLeading, pcmPacketDelLeading);
-    OPERATION(pcmPacketCreate, "0: channels > 0"); OPERATION(pcmPacketAppendTrailing, "n 0 -1: *pkt");
-    OPERATION(pcmPacketCreateFromSamplesCopy, "0 -1 -1: channels > 0; 0 M 1: frames == 0 || source; "
-        "0 ^61 0: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ); "
-        "a M/4 2: PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketWrite, "0 0 0: source; p 0 s: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketWriteInner, "n -1 0 -1 -1: *pkt; p -1 0 -1 -1: idx >= 0; p 4 0 -1 -1: source; "
-        "p 4 s -1 -1: offset >= 0; p 4 s 9 -1: frames >= 0; p M s M 1: PB_INT_ADD_OK( offset, frames ); "
-        "p M s 4 2: offset + frames <= source->frames; p M s 6 0: offset + frames <= source->frames; "
-        "p M s 4 1: PB_INT_ADD_OK( idx, frames ); p 3 d 0 1: idx + frames <= (*pkt)->frames; "
-        "p 4 d 3 0: idx + frames <= (*pkt)->frames; p 3 d 3 0: (*pkt)->channels == source->channels");
-    OPERATION(pcmPacketWriteOuter, "p -1 0 -1 -1: idx >= 0; p M s 5 1: offset + frames <= source->frames; "
-        "p M s 0 4: PB_INT_ADD_OK( idx, source->frames - frames ); "
-        "p 2 d 0 1: idx + (source->frames - frames) <= (*pkt)->frames; "
-        "p 3 d 0 3: (*pkt)->channels == source->channels");
-    OPERATION(pcmPacketWriteTrailing, "0 0 s m: PB_INT_SUB_OK( source->frames, frames ); p 0 s 6: offset >= 0");
-    OPERATION(pcmPacketWriteZero, "n -1 -1: *pkt; p -1 -1: idx >= 0; p 4 -1: frames >= 0; "
-        "p 1 M: PB_INT_ADD_OK( idx, frames ); p 4 0: idx + frames <= (*pkt)->frames; "
-        "p 2 2: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketInsert, "0 0 0: source"); OPERATION(pcmPacketDelOuter, "p 4 0: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketInsertInner, "n -1 0 -1 -1: *pkt; p -1 0 -1 -1: idx >= 0; p 4 0 -1 -1: frames >= 0; "
-        "p 1 0 -1 M: PB_INT_ADD_OK( idx, frames ); p 0 0 -1 M: PB_INT_ADD_OK( (*pkt)->frames, frames ); "
-        "p 4 0 -1 1: idx + frames <= (*pkt)->frames; p 3 0 -1 1: source; p 3 s -1 1: offset >= 0; "
-        "p 0 s 0 M/2: offset + frames <= source->frames; p 4 d 3 0: idx + frames <= (*pkt)->frames; "
-        "p 3 d 0 1: (*pkt)->channels == source->channels");
-    OPERATION(pcmPacketInsertOuter, "n -1 0 -1 -1: source; n -1 s -1 m: PB_INT_SUB_OK( source->frames, frames ); "
-        "n -1 s -1 6: *pkt; p 4 s -1 6: frames >= 0; p 3 s -1 -1: offset >= 0; "
-        "p 3 d 0 3: (*pkt)->channels == source->channels");
-    OPERATION(pcmPacketInsertZero, "p 4 M/2: idx + frames <= (*pkt)->frames; "
-        "p 3 M/2: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketPrependLeading, "p s 6: offset + frames <= source->frames");
-    OPERATION(pcmPacketAppend, "n 0: *pkt");
-    OPERATION(pcmPacketAppendZero, "w 1: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketDelInner, "p -1 -1: idx >= 0; p 1 3: idx + frames <= (*pkt)->frames");
-    OPERATION(pcmPacketDelTrailing, "n -1: *pkt; p m: PB_INT_SUB_OK( (*pkt)->frames, frames ); p 4: idx >= 0");
-    OPERATION(pcmPacketSetFrames, "v 2: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) ); n -1: *pkt; "
-        "p -1: frames >= 0");
-    OPERATION(pcmPacketSetChannels, "n 0: *pkt; p 0: channels > 0; "
-        "e ^61: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ); "
-        "p ^60: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketCreateFromWithChannels, "s 0: channels > 0; "
-        "s ^61: PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ); "
-        "s ^60: PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketCreateFromWithChannelMask, "d 0: channelMask; "
-        "d 5: HighestChannel(channelMask) < source->channels; d m: HighestChannel(channelMask) < source->channels");
-    OPERATION(pcmPacketWriteChannels, "0 -1 -1 0 -1 -1 -1 -1: pkt; n -1 -1 0 -1 M -1 1: source; "
-        "n -1 -1 s -1 M -1 1: PB_INT_ADD_OK( sourceFrameOffset, frames ); "
-        "n -1 -1 s -1 5 -1 1: sourceFrameOffset + frames <= source->frames; n -1 -1 s -1 0 -1 1: *pkt; "
-        "p 0 0 d 2 0 1 1: sourceChannelOffset + channels <= sourceChannelCount");
-    OPERATION(pcmPacketWriteChannelsSamples, "n -1 -1 0 -1 -1 -1 -1 -1: *pkt; "
-        "d -1 -1 0 -1 -1 -1 -1 -1: destChannelOffset >= 0; "
-        "d M -1 0 -1 -1 -1 1 -1: PB_INT_ADD_OK( destChannelOffset, channels ); "
-        "d 1 -1 0 -1 -1 -1 M -1: PB_INT_ADD_OK( destChannelOffset, channels ); "
-        "d 1 -1 0 -1 -1 -1 2 -1: destChannelOffset + channels <= (*pkt)->channels; "
-        "d 1 -1 0 -1 -1 -1 1 -1: destFrameOffset >= 0; d 1 1 0 -1 -1 -1 1 M: PB_INT_ADD_OK( destFrameOffset, frames ); "
-        "d 1 M 0 -1 -1 -1 1 1: PB_INT_ADD_OK( destFrameOffset, frames ); "
-        "d 1 1 0 -1 -1 -1 1 3: destFrameOffset + frames <= (*pkt)->frames; d 1 1 0 -1 -1 -1 1 1: source || !frames; "
-        "d 1 1 a -1 -1 -1 1 1: sourceChannelOffset >= 0; "
-        "d 1 1 a M -1 -1 1 1: PB_INT_ADD_OK( sourceChannelOffset, channels ); "
-        "d 1 1 a 0 0 -1 1 1: sourceChannelOffset + channels <= sourceChannelCount; "
-        "d 1 1 a 0 1 -1 1 1: sourceFrameOffset >= 0; d 1 1 a 0 1 M 1 1: PB_INT_ADD_OK( sourceFrameOffset, frames ); "
-        "d 1 1 a 0 1 0 -1 -1: channels >= 0; d 1 1 a 0 1 0 1 -1: frames >= 0; "
-        "d 1 1 a 0 M 1 1 2: PB_INT_MUL_OK( lastFrame, sourceChannelCount ); "
-        "d 1 1 a 0 M 0 1 2: PB_INT_ADD_OK( lastFrame * sourceChannelCount, end ); "
-        "d 1 1 a M/4 M 0 1 1: PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmPacketTryDecode, "0 0 0: source; b 0 0: channels > 0; "
-        "b 0 M: source/pcm/pcm_encoding PB_INT_MUL_OK( channels, s )");
-    OPERATION(pcmPacketEncode, "w 0: source/pcm/pcm_encoding PB_INT_MUL_OK( channels, s )");
-    file = "source/pcm/pcm_packet_queue";
-    OPERATIONS("", pcmPacketQueueCreateFrom, pcmPacketQueueChannels, pcmPacketQueuePackets, pcmPacketQueueFrames,
-        pcmPacketQueueClear);
-    OPERATION(pcmPacketQueueCreate, "0: channels > 0");
-    OPERATION(pcmPacketQueueWrite, "n 0: *queue; Q 0: pkt; Q s: pcmPacketChannels( pkt ) == (*queue)->channels");
-    OPERATION(pcmPacketQueueRead, "r: pcmPacketQueuePackets( *queue ) > 0");
-    OPERATION(pcmPacketQueueGather, "Q 0: frames > 0; Q 25: frames <= (*queue)->frames");
-    OPERATION(pcmPacketQueueGatherSamples, "Q 0 -1: frames >= 0; Q 0 25: frames == 0 || dest; "
-        "Q a 25: (*queue)->frames >= frames");
-    OPERATION(pcmPacketQueueGatherSamplesAdd, "Q 0 0: frames > 0; Q 0 25: frames == 0 || dest; "
-        "Q a 25: (*queue)->frames >= frames");
+    return pbInt{1} << power;
+}
+
+inline Table::Table()
+{
+    file = kPacket;
+    ACCEPTS(pcmPacketCreateFrom, pcmPacketChannels, pcmPacketFrames, pcmPacketBacking, pcmPacketMutableBacking,
+            pcmPacketClear, pcmPacketWriteLeading, pcmPacketInsertLeading, pcmPacketInsertTrailing, pcmPacketPrepend,
+            pcmPacketPrependInner, pcmPacketPrependOuter, pcmPacketPrependTrailing, pcmPacketPrependZero,
+            pcmPacketAppendInner, pcmPacketAppendOuter, pcmPacketAppendLeading, pcmPacketDelLeading);
+    REFUSES(pcmPacketCreate, (0), "channels > 0");
+    REFUSES(pcmPacketAppendTrailing, (empty, nullptr, -1), "*pkt");
+    REFUSES(pcmPacketCreateFromSamplesCopy, (nullptr, -1, -1), "channels > 0");
+    REFUSES(pcmPacketCreateFromSamplesCopy, (nullptr, kMost, 1), "frames == 0 || source");
+    REFUSES(pcmPacketCreateFromSamplesCopy, (nullptr, TwoTo(61), 0),
+            "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketCreateFromSamplesCopy, (array, kMost / 4, 2),
+            "PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketWrite, (nullptr, 0, nullptr), "source");
+    REFUSES(pcmPacketWrite, (mono3, 0, mono5), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketWriteInner, (empty, -1, nullptr, -1, -1), "*pkt");
+    REFUSES(pcmPacketWriteInner, (mono3, -1, nullptr, -1, -1), "idx >= 0");
+    REFUSES(pcmPacketWriteInner, (mono3, 4, nullptr, -1, -1), "source");
+    REFUSES(pcmPacketWriteInner, (mono3, 4, mono5, -1, -1), "offset >= 0");
+    REFUSES(pcmPacketWriteInner, (mono3, 4, mono5, 9, -1), "frames >= 0");
+    REFUSES(pcmPacketWriteInner, (mono3, kMost, mono5, kMost, 1), "PB_INT_ADD_OK( offset, frames )");
+    REFUSES(pcmPacketWriteInner, (mono3, kMost, mono5, 4, 2), "offset + frames <= source->frames");
+    REFUSES(pcmPacketWriteInner, (mono3, kMost, mono5, 6, 0), "offset + frames <= source->frames");
+    REFUSES(pcmPacketWriteInner, (mono3, kMost, mono5, 4, 1), "PB_INT_ADD_OK( idx, frames )");
+    REFUSES(pcmPacketWriteInner, (mono3, 3, stereo3, 0, 1), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketWriteInner, (mono3, 4, stereo3, 3, 0), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketWriteInner, (mono3, 3, stereo3, 3, 0), "(*pkt)->channels == source->channels");
+    REFUSES(pcmPacketWriteOuter, (mono3, -1, nullptr, -1, -1), "idx >= 0");
+    REFUSES(pcmPacketWriteOuter, (mono3, kMost, mono5, 5, 1), "offset + frames <= source->frames");
+    REFUSES(pcmPacketWriteOuter, (mono3, kMost, mono5, 0, 4), "PB_INT_ADD_OK( idx, source->frames - frames )");
+    REFUSES(pcmPacketWriteOuter, (mono3, 2, stereo3, 0, 1), "idx + (source->frames - frames) <= (*pkt)->frames");
+    REFUSES(pcmPacketWriteOuter, (mono3, 3, stereo3, 0, 3), "(*pkt)->channels == source->channels");
+    REFUSES(pcmPacketWriteTrailing, (nullptr, 0, mono5, kLeast), "PB_INT_SUB_OK( source->frames, frames )");
+    REFUSES(pcmPacketWriteTrailing, (mono3, 0, mono5, 6), "offset >= 0");
+    REFUSES(pcmPacketWriteZero, (empty, -1, -1), "*pkt");
+    REFUSES(pcmPacketWriteZero, (mono3, -1, -1), "idx >= 0");
+    REFUSES(pcmPacketWriteZero, (mono3, 4, -1), "frames >= 0");
+    REFUSES(pcmPacketWriteZero, (mono3, 1, kMost), "PB_INT_ADD_OK( idx, frames )");
+    REFUSES(pcmPacketWriteZero, (mono3, 4, 0), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketWriteZero, (mono3, 2, 2), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketInsert, (nullptr, 0, nullptr), "source");
+    REFUSES(pcmPacketDelOuter, (mono3, 4, 0), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketInsertInner, (empty, -1, nullptr, -1, -1), "*pkt");
+    REFUSES(pcmPacketInsertInner, (mono3, -1, nullptr, -1, -1), "idx >= 0");
+    REFUSES(pcmPacketInsertInner, (mono3, 4, nullptr, -1, -1), "frames >= 0");
+    REFUSES(pcmPacketInsertInner, (mono3, 1, nullptr, -1, kMost), "PB_INT_ADD_OK( idx, frames )");
+    REFUSES(pcmPacketInsertInner, (mono3, 0, nullptr, -1, kMost), "PB_INT_ADD_OK( (*pkt)->frames, frames )");
+    REFUSES(pcmPacketInsertInner, (mono3, 4, nullptr, -1, 1), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketInsertInner, (mono3, 3, nullptr, -1, 1), "source");
+    REFUSES(pcmPacketInsertInner, (mono3, 3, mono5, -1, 1), "offset >= 0");
+    REFUSES(pcmPacketInsertInner, (mono3, 0, mono5, 0, kMost / 2), "offset + frames <= source->frames");
+    REFUSES(pcmPacketInsertInner, (mono3, 4, stereo3, 3, 0), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketInsertInner, (mono3, 3, stereo3, 0, 1), "(*pkt)->channels == source->channels");
+    REFUSES(pcmPacketInsertOuter, (empty, -1, nullptr, -1, -1), "source");
+    REFUSES(pcmPacketInsertOuter, (empty, -1, mono5, -1, kLeast), "PB_INT_SUB_OK( source->frames, frames )");
+    REFUSES(pcmPacketInsertOuter, (empty, -1, mono5, -1, 6), "*pkt");
+    REFUSES(pcmPacketInsertOuter, (mono3, 4, mono5, -1, 6), "frames >= 0");
+    REFUSES(pcmPacketInsertOuter, (mono3, 3, mono5, -1, -1), "offset >= 0");
+    REFUSES(pcmPacketInsertOuter, (mono3, 3, stereo3, 0, 3), "(*pkt)->channels == source->channels");
+    REFUSES(pcmPacketInsertZero, (mono3, 4, kMost / 2), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketInsertZero, (mono3, 3, kMost / 2), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketPrependLeading, (mono3, mono5, 6), "offset + frames <= source->frames");
+    REFUSES(pcmPacketAppend, (empty, nullptr), "*pkt");
+    REFUSES(pcmPacketAppendZero, (widest, 1), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketDelInner, (mono3, -1, -1), "idx >= 0");
+    REFUSES(pcmPacketDelInner, (mono3, 1, 3), "idx + frames <= (*pkt)->frames");
+    REFUSES(pcmPacketDelTrailing, (empty, -1), "*pkt");
+    REFUSES(pcmPacketDelTrailing, (mono3, kLeast), "PB_INT_SUB_OK( (*pkt)->frames, frames )");
+    REFUSES(pcmPacketDelTrailing, (mono3, 4), "idx >= 0");
+    REFUSES(pcmPacketSetFrames, (wide, 2), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketSetFrames, (empty, -1), "*pkt");
+    REFUSES(pcmPacketSetFrames, (mono3, -1), "frames >= 0");
+    REFUSES(pcmPacketSetChannels, (empty, 0), "*pkt");
+    REFUSES(pcmPacketSetChannels, (mono3, 0), "channels > 0");
+    REFUSES(pcmPacketSetChannels, (stereo0, TwoTo(61)), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketSetChannels, (mono3, TwoTo(60)), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketCreateFromWithChannels, (mono5, 0), "channels > 0");
+    REFUSES(pcmPacketCreateFromWithChannels, (mono5, TwoTo(61)), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketCreateFromWithChannels, (mono5, TwoTo(60)),
+            "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, 0), "channelMask");
+    REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, 5), "HighestChannel(channelMask) < source->channels");
+    REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, kLeast), "HighestChannel(channelMask) < source->channels");
+    REFUSES(pcmPacketWriteChannels, (nullptr, -1, -1, nullptr, -1, -1, -1, -1), "pkt");
+    REFUSES(pcmPacketWriteChannels, (empty, -1, -1, nullptr, -1, kMost, -1, 1), "source");
+    REFUSES(pcmPacketWriteChannels, (empty, -1, -1, mono5, -1, kMost, -1, 1),
+            "PB_INT_ADD_OK( sourceFrameOffset, frames )");
+    REFUSES(pcmPacketWriteChannels, (empty, -1, -1, mono5, -1, 5, -1, 1),
+            "sourceFrameOffset + frames <= source->frames");
+    REFUSES(pcmPacketWriteChannels, (empty, -1, -1, mono5, -1, 0, -1, 1), "*pkt");
+    REFUSES(pcmPacketWriteChannels, (mono3, 0, 0, stereo3, 2, 0, 1, 1),
+            "sourceChannelOffset + channels <= sourceChannelCount");
+#define REFUSES_TO_WRITE(arguments, text) REFUSES(pcmPacketWriteChannelsSamples, arguments, text)
+    REFUSES_TO_WRITE((empty, -1, -1, nullptr, -1, -1, -1, -1, -1), "*pkt");
+    REFUSES_TO_WRITE((stereo3, -1, -1, nullptr, -1, -1, -1, -1, -1), "destChannelOffset >= 0");
+    REFUSES_TO_WRITE((stereo3, kMost, -1, nullptr, -1, -1, -1, 1, -1), "PB_INT_ADD_OK( destChannelOffset, channels )");
+    REFUSES_TO_WRITE((stereo3, 1, -1, nullptr, -1, -1, -1, kMost, -1), "PB_INT_ADD_OK( destChannelOffset, channels )");
+    REFUSES_TO_WRITE((stereo3, 1, -1, nullptr, -1, -1, -1, 2, -1), "destChannelOffset + channels <= (*pkt)->channels");
+    REFUSES_TO_WRITE((stereo3, 1, -1, nullptr, -1, -1, -1, 1, -1), "destFrameOffset >= 0");
+    REFUSES_TO_WRITE((stereo3, 1, 1, nullptr, -1, -1, -1, 1, kMost), "PB_INT_ADD_OK( destFrameOffset, frames )");
+    REFUSES_TO_WRITE((stereo3, 1, kMost, nullptr, -1, -1, -1, 1, 1), "PB_INT_ADD_OK( destFrameOffset, frames )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, nullptr, -1, -1, -1, 1, 3), "destFrameOffset + frames <= (*pkt)->frames");
+    REFUSES_TO_WRITE((stereo3, 1, 1, nullptr, -1, -1, -1, 1, 1), "source || !frames");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, -1, -1, -1, 1, 1), "sourceChannelOffset >= 0");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, kMost, -1, -1, 1, 1), "PB_INT_ADD_OK( sourceChannelOffset, channels )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 0, -1, 1, 1), "sourceChannelOffset + channels <= sourceChannelCount");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, -1, 1, 1), "sourceFrameOffset >= 0");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, kMost, 1, 1), "PB_INT_ADD_OK( sourceFrameOffset, frames )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, 0, -1, -1), "channels >= 0");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, 0, 1, -1), "frames >= 0");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, kMost, 1, 1, 2), "PB_INT_MUL_OK( lastFrame, sourceChannelCount )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, kMost, 0, 1, 2), "PB_INT_ADD_OK( lastFrame * sourceChannelCount, end )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, kMost / 4, kMost, 0, 1, 1),
+            "PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketTryDecode, (nullptr, 0, 0), "source");
+    REFUSES(pcmPacketTryDecode, (bytes, 0, 0), "channels > 0");
+    REFUSES(pcmPacketTryDecode, (bytes, 0, kMost), "PB_INT_MUL_OK( channels, s )", kEncoding);
+    REFUSES(pcmPacketEncode, (widest, 0), "PB_INT_MUL_OK( channels, s )", kEncoding);
+    ONLY_REFUSES(pcmPacketCreateFromSamplesUse, (nullptr, 0, -1), "channels > 0");
+    ONLY_REFUSES(pcmPacketCreateFromSamplesUse, (nullptr, 1, -1), "frames >= 0");
+    ONLY_REFUSES(pcmPacketCreateFromSamplesUse, (nullptr, 1, 1), "frames == 0 || source");
+    ONLY_REFUSES(pcmPacketCreateFromSamplesUse, (array, kMost, 2), "PB_INT_MUL_OK( count, size )", kObjects);
+    ONLY_REFUSES(pcm___PacketFreeFunc, (nullptr), "pkt");
+    ONLY_REFUSES(pcmPacketRetain, (nullptr), "stdfunc retain: obj");
+    ONLY_REFUSES(pcmPacketRelease, (nullptr), "stdfunc release: obj");
+    ONLY_REFUSES(pcmPacketToString, (nullptr), "stdfunc tostring: obj");
+    ONLY_REFUSES(pcmPacketFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET");
+    ONLY_REFUSES(pcmPacketCompare, (nullptr, nullptr), "stdfunc compare a: objA");
+    ONLY_REFUSES(pcmPacketCompare, (mono3, nullptr), "stdfunc compare b: objB");
+    file = kQueue;
+    ACCEPTS(pcmPacketQueueCreateFrom, pcmPacketQueueChannels, pcmPacketQueuePackets, pcmPacketQueueFrames,
+            pcmPacketQueueClear);
+    REFUSES(pcmPacketQueueCreate, (0), "channels > 0");
+    REFUSES(pcmPacketQueueWrite, (empty, nullptr), "*queue");
+    REFUSES(pcmPacketQueueWrite, (queue24, nullptr), "pkt");
+    REFUSES(pcmPacketQueueWrite, (queue24, mono5), "pcmPacketChannels( pkt ) == (*queue)->channels");
+    REFUSES(pcmPacketQueueRead, (queue0), "pcmPacketQueuePackets( *queue ) > 0");
+    REFUSES(pcmPacketQueueGather, (queue24, 0), "frames > 0");
+    REFUSES(pcmPacketQueueGather, (queue24, 25), "frames <= (*queue)->frames");
+    REFUSES(pcmPacketQueueGatherSamples, (queue24, nullptr, -1), "frames >= 0");
+    REFUSES(pcmPacketQueueGatherSamples, (queue24, nullptr, 25), "frames == 0 || dest");
+    REFUSES(pcmPacketQueueGatherSamples, (queue24, array, 25), "(*queue)->frames >= frames");
+    REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, nullptr, 0), "frames > 0");
+    REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, nullptr, 25), "frames == 0 || dest");
+    REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, array, 25), "(*queue)->frames >= frames");
+    ONLY_REFUSES(pcm___PacketQueueFreeFunc, (nullptr), "queue");
+    ONLY_REFUSES(pcmPacketQueueFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET_QUEUE");
     file = "source/pcm/pcm_filter_coefficients";
-    OPERATIONS("", pcmFilterCoefficientsBacking, pcmFilterCoefficientsLength);
-    OPERATION(pcmFilterCoefficientsCreate, "-1: PCM_FILTER_TYPE_OK( type ); 7: PCM_FILTER_TYPE_OK( type )");
-    OPERATION(pcmFilterCoefficientsCreateFromSamplesCopy, "0 0: coefficients; a 0: length > 0");
+    ACCEPTS(pcmFilterCoefficientsBacking, pcmFilterCoefficientsLength);
+    REFUSES(pcmFilterCoefficientsCreate, (-1), "PCM_FILTER_TYPE_OK( type )");
+    REFUSES(pcmFilterCoefficientsCreate, (7), "PCM_FILTER_TYPE_OK( type )");
+    REFUSES(pcmFilterCoefficientsCreateFromSamplesCopy, (nullptr, 0), "coefficients");
+    REFUSES(pcmFilterCoefficientsCreateFromSamplesCopy, (array, 0), "length > 0");
+    ONLY_REFUSES(pcmFilterCoefficientsCreateFromSamplesUse, (nullptr, 0), "coefficients");
+    ONLY_REFUSES(pcmFilterCoefficientsCreateFromSamplesUse, (array, 0), "length > 0");
+    ONLY_REFUSES(pcm___FilterCoefficientsFreeFunc, (nullptr), "coeff");
+    ONLY_REFUSES(pcmFilterCoefficientsFrom, (text),
+            "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER_COEFFICIENTS");
     file = "source/pcm/pcm_filter";
-    OPERATIONS("", pcmFilterCreateFrom, pcmFilterCoefficients, pcmFilterChannels, pcmFilterPackets, pcmFilterFrames,
-        pcmFilterReset, pcmFilterRead);
-    OPERATION(pcmFilterCreate, "c 0: channels > 0; "
-        "c ^59: PB_INT_MUL_OK( filter->coefficientsLength, filter->channels )");
-    OPERATION(pcmFilterWrite, "n 0: *filter; F 0: pkt; F d: pcmPacketChannels( pkt ) == (*filter)->channels");
-    OPERATION(pcmFilterGather, "F 25: source/pcm/pcm_packet_queue frames <= (*queue)->frames");
-    OPERATION(pcmFilterGatherSamples, "F 0 1: source/pcm/pcm_packet_queue frames == 0 || dest");
-    OPERATION(pcmFilterGatherSamplesAdd, "F 0 0: source/pcm/pcm_packet_queue frames > 0");
-    file = "source/pcm/pcm_filter_type"; OPERATIONS("", pcmFilterTypeFromString);
-    OPERATION(pcmFilterTypeToString, "-1: PCM_FILTER_TYPE_OK( type ); 7: PCM_FILTER_TYPE_OK( type )");
-    file = "source/pcm/pcm_encoding";
-    OPERATIONS("", pcmEncodingNormalize, pcmEncodingFromString, pcmEncodingToString, pcmEncodingSizeofSample);
-    OPERATION(pcmEncodingSizeofFrame, "0 0: channels > 0; 0 M/3: PB_INT_MUL_OK( channels, s )");
-    file = "source/pcm/pcm_convert"; OPERATIONS("", pcmTryConvert);
-    OPERATION(pcm___Convert, "0 8 0 8 -1: samples >= 0; 0 8 0 8 M: dest || samples == 0; "
-        "a 8 0 8 M: source || samples == 0; a 8 a 8 M: PB_INT_MUL_OK( destSize, samples ); "
-        "a 4 a 8 M: PB_INT_MUL_OK( sourceSize, samples )");
+    ACCEPTS(pcmFilterCreateFrom, pcmFilterCoefficients, pcmFilterChannels, pcmFilterPackets, pcmFilterFrames,
+            pcmFilterReset, pcmFilterRead);
+    REFUSES(pcmFilterCreate, (taps, 0), "channels > 0");
+    REFUSES(pcmFilterCreate, (taps, TwoTo(59)), "PB_INT_MUL_OK( filter->coefficientsLength, filter->channels )");
+    REFUSES(pcmFilterWrite, (empty, nullptr), "*filter");
+    REFUSES(pcmFilterWrite, (filter24, nullptr), "pkt");
+    REFUSES(pcmFilterWrite, (filter24, stereo3), "pcmPacketChannels( pkt ) == (*filter)->channels");
+    REFUSES(pcmFilterGather, (filter24, 25), "frames <= (*queue)->frames", kQueue);
+    REFUSES(pcmFilterGatherSamples, (filter24, nullptr, 1), "frames == 0 || dest", kQueue);
+    REFUSES(pcmFilterGatherSamplesAdd, (filter24, nullptr, 0), "frames > 0", kQueue);
+    ONLY_REFUSES(pcm___FilterFreeFunc, (nullptr), "filter");
+    ONLY_REFUSES(pcmFilterFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER");
+    file = "source/pcm/pcm_filter_type";
+    ACCEPTS(pcmFilterTypeFromString);
+    REFUSES(pcmFilterTypeToString, (-1), "PCM_FILTER_TYPE_OK( type )");
+    REFUSES(pcmFilterTypeToString, (7), "PCM_FILTER_TYPE_OK( type )");
+    file = kEncoding;
+    ACCEPTS(pcmEncodingNormalize, pcmEncodingFromString, pcmEncodingToString, pcmEncodingSizeofSample);
+    REFUSES(pcmEncodingSizeofFrame, (0, 0), "channels > 0");
+    REFUSES(pcmEncodingSizeofFrame, (0, kMost / 3), "PB_INT_MUL_OK( channels, s )");
+    file = "source/pcm/pcm_convert";
+    ACCEPTS(pcmTryConvert);
+    REFUSES(pcm___Convert, (nullptr, 8, nullptr, 8, -1), "samples >= 0");
+    REFUSES(pcm___Convert, (nullptr, 8, nullptr, 8, kMost), "dest || samples == 0");
+    REFUSES(pcm___Convert, (array, 8, nullptr, 8, kMost), "source || samples == 0");
+    REFUSES(pcm___Convert, (array, 8, array, 8, kMost), "PB_INT_MUL_OK( destSize, samples )");
+    REFUSES(pcm___Convert, (array, 4, array, 8, kMost), "PB_INT_MUL_OK( sourceSize, samples )");
     file = "source/pcm/pcm_decibel";
-    OPERATION(pcmDecibelFromGain, "nan: !pbRealIsNan( gain ); -inf: pbRealIsFinite( gain ); -1e-300: gain >= 0");
-    OPERATION(pcmDecibelToGain, "nan: !pbRealIsNan( decibel ); -inf: pbRealIsFinite( decibel )");
-    file = "source/pcm/pcm_level"; OPERATION(pcmLevelAdjust, "n nan: *pkt");
-    OPERATION(pcmLevelAdjustSamples, "0 1 1.0: source/pcm/pcm_samples_stdc dest || !samples");
+    REFUSES(pcmDecibelFromGain, (kNan), "!pbRealIsNan( gain )");
+    REFUSES(pcmDecibelFromGain, (-kInfinity), "pbRealIsFinite( gain )");
+    REFUSES(pcmDecibelFromGain, (-1e-300), "gain >= 0");
+    REFUSES(pcmDecibelToGain, (kNan), "!pbRealIsNan( decibel )");
+    REFUSES(pcmDecibelToGain, (-kInfinity), "pbRealIsFinite( decibel )");
+    file = "source/pcm/pcm_level";
+    REFUSES(pcmLevelAdjust, (empty, kNan), "*pkt");
+    REFUSES(pcmLevelAdjustSamples, (nullptr, 1, 1.0), "dest || !samples", kSamples);
     file = "source/pcm/pcm_channels";
-    OPERATIONS("n 0: *pkt; p 0: channels > 0; "
-        "p ^61: source/pcm/pcm_packet PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ); "
-        "p M/4: source/pcm/pcm_packet PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )",
-        pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix);
+    BOTH_REFUSE(pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix, (empty, 0), "*pkt");
+    BOTH_REFUSE(pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix, (mono3, 0), "channels > 0");
+    BOTH_REFUSE(pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix, (mono3, TwoTo(61)),
+            "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
+    BOTH_REFUSE(pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix, (mono3, kMost / 4),
+            "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
     file = "source/pcm/pcm_frames";
-    OPERATION(pcmFramesExtend, "n 0: *pkt; p 1: mult > 1; p M: PB_INT_MUL_OK( sourceFrames, mult ); "
-        "d M/3: PB_INT_MUL_OK( destFrames, sourceChannels ); "
-        "d M/8: PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");
-    OPERATION(pcmFramesReduce, "n 0: *pkt; p 1: div > 1; p 2: sourceFrames % div == 0");
-    file = "source/pcm/pcm_tone"; OPERATION(pcmToneCreate, "0: period > 0");
-    OPERATION(pcmToneTryCreateWithFrequency, "0 0: frameRate > 0; 8000 0: hertz > 0");
-    OPERATION(pcmToneGather, "0 -1: tone; t -1: samples >= 0; t M: source/pb/pb_mem PB_INT_MUL_OK( count, size )");
-    OPERATIONS("0 0 -1: tone; t 0 -1: samples >= 0; t 0 1: samples == 0 || dest",
-        pcmToneGatherSamples, pcmToneGatherSamplesAdd);
-    file = "source/pcm/pcm_dual_tone";
-    OPERATION(pcmDualToneGather, "0 0 -1: toneA; t 0 -1: toneB; t t -1: samples >= 0; "
-        "t t M: source/pb/pb_mem PB_INT_MUL_OK( count, size )");
-    OPERATIONS("0 0 0 -1: toneA; t 0 0 -1: toneB; t t 0 -1: samples >= 0; t t 0 1: samples == 0 || dest",
-        pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd);
-    file = "source/pcm/pcm_modulated_tone";
-    OPERATION(pcmModulatedToneGather, "0 0 -1: toneA; t 0 -1: toneB; t t -1: samples >= 0; "
-        "t t M: source/pb/pb_mem PB_INT_MUL_OK( count, size )");
-    OPERATIONS("0 0 0 -1: toneA; t 0 0 -1: toneB; t t 0 -1: samples >= 0; t t 0 1: samples == 0 || dest",
-        pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd);
-    file = "source/pcm/pcm_noise";
-    OPERATION(pcmNoiseGather, "-1: samples >= 0; M/2: source/pb/pb_mem PB_INT_MUL_OK( count, size )");
-    OPERATIONS("0 -1: samples >= 0; 0 1: samples == 0 || dest", pcmNoiseGatherSamples, pcmNoiseGatherSamplesAdd);
-    file = "source/pcm/pcm_silence"; OPERATIONS("", pcmSilenceGatherSamples);
-    OPERATION(pcmSilenceGather, "-1: source/pcm/pcm_packet frames >= 0; "
-        "M: source/pcm/pcm_packet PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    file = "source/pcm/pcm_samples_stdc";
-    OPERATIONS("", pcm___SamplesCopy, pcm___SamplesMove, pcm___SamplesZero, pcm___SamplesChannelZero,
-        pcm___SamplesChannelAdd, pcm___SamplesChannelMul);
-    OPERATION(pcm___SamplesAdd, "0 0 -1: samples >= 0"); OPERATION(pcm___SamplesScale, "0 1 1.0: dest || !samples");
-    OPERATION(pcm___SamplesMul, "0 0 1: dest || !samples; a 0 1: source || !samples");
-    OPERATION(pcm___SamplesChannelCopy, "0 0 1 0 0 1 -1: frames >= 0; 0 -1 1 0 0 1 1: dest || !frames; "
-        "a -1 1 0 0 1 1: source || !frames; a -1 -1 a 0 1 0: destChannel >= 0; a 0 -1 a 0 1 0: destChannels >= 0; "
-        "a 1 1 a -1 1 0: destChannel < destChannels; a 0 0 a 0 1 0: destChannel < destChannels; "
-        "a 0 1 a -1 1 0: sourceChannel >= 0; a 0 1 a 0 -1 0: sourceChannels >= 0; "
-        "a 0 1 a 0 0 0: sourceChannel < sourceChannels");
-    OPERATION(pcm___SamplesChannelScale, "0 2 2 0 1.0: destChannel < destChannels");
-    file = "source/pb/pb_[a-z]+";
-    OPERATIONS("", pbBufferBacking, pbBufferLength, pbEnumParse, pbFlagsetParse, pbFlagsetGenerate, pbStringCstr,
-        pbStringLength, pbVectorLength, pbVectorClear, pbObjSort, pbObjToString,
-        pb___ObjDbgAllocationSize, pbMemSetN);
-    OPERATION(pbEnumSetEnumerantCstr, "n 0 -1 0: *enm"); OPERATION(pbFlagsetSetFlagCstr, "n 0 -1 0: *flags");
-    OPERATION(pbFlagsetHasFlagCstr, "0 0 -1: flags"); OPERATION(pbVectorAppendObj, "n 0: *vec");
-    OPERATION(pbStringCreateFromCstr, "0 -2: text || length == 0; a -2: length >= -1; "
-        "a M: PB_INT_ADD_OK( length, 1 )");
-    OPERATION(pbVectorUnshift, "u: (*vec)->length > 0"); OPERATIONS("0 0 1 1: dest", pbMemCopyN, pbMemMoveN);
-    return all;
-}
-
-/// Others, which are called only to be refused.
-inline std::vector<Operation> OtherOperations()
-{
-    std::vector<Operation> all;
-    const char *file = "source/pcm/pcm_packet";
-    OPERATION(pcmPacketCreateFromSamplesUse, "0 0 -1: channels > 0; 0 1 -1: frames >= 0; 0 1 1: frames == 0 || source; "
-        "a M 2: source/pb/pb_obj PB_INT_MUL_OK( count, size )");
-    OPERATION(pcm___PacketFreeFunc, "0: pkt"); OPERATION(pcmPacketRetain, "0: stdfunc retain: obj");
-    OPERATION(pcmPacketRelease, "0: stdfunc release: obj"); OPERATION(pcmPacketToString, "0: stdfunc tostring: obj");
-    OPERATION(pcmPacketFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET");
-    OPERATION(pcmPacketCompare, "0 0: stdfunc compare a: objA; p 0: stdfunc compare b: objB");
-    file = "source/pcm/pcm_packet_queue"; OPERATION(pcm___PacketQueueFreeFunc, "0: queue");
-    OPERATION(pcmPacketQueueFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET_QUEUE");
-    file = "source/pcm/pcm_filter"; OPERATION(pcm___FilterFreeFunc, "0: filter");
-    OPERATION(pcmFilterFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER");
-    file = "source/pcm/pcm_filter_coefficients";
-    OPERATION(pcmFilterCoefficientsCreateFromSamplesUse, "0 0: coefficients; a 0: length > 0");
-    OPERATION(pcm___FilterCoefficientsFreeFunc, "0: coeff");
-    OPERATION(pcmFilterCoefficientsFrom,
-        "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER_COEFFICIENTS");
+    REFUSES(pcmFramesExtend, (empty, 0), "*pkt");
+    REFUSES(pcmFramesExtend, (mono3, 1), "mult > 1");
+    REFUSES(pcmFramesExtend, (mono3, kMost), "PB_INT_MUL_OK( sourceFrames, mult )");
+    REFUSES(pcmFramesExtend, (stereo3, kMost / 3), "PB_INT_MUL_OK( destFrames, sourceChannels )");
+    REFUSES(pcmFramesExtend, (stereo3, kMost / 8),
+            "PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmFramesReduce, (empty, 0), "*pkt");
+    REFUSES(pcmFramesReduce, (mono3, 1), "div > 1");
+    REFUSES(pcmFramesReduce, (mono3, 2), "sourceFrames % div == 0");
     file = "source/pcm/pcm_tone";
-    OPERATION(pcmToneFrom, "x: stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_TONE");
+    REFUSES(pcmToneCreate, (0), "period > 0");
+    REFUSES(pcmToneTryCreateWithFrequency, (0, 0), "frameRate > 0");
+    REFUSES(pcmToneTryCreateWithFrequency, (8000, 0), "hertz > 0");
+    REFUSES(pcmToneGather, (nullptr, -1), "tone");
+    REFUSES(pcmToneGather, (tone, -1), "samples >= 0");
+    REFUSES(pcmToneGather, (tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
+    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (nullptr, nullptr, -1), "tone");
+    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, -1), "samples >= 0");
+    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, 1), "samples == 0 || dest");
+    ONLY_REFUSES(pcmToneFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_TONE");
+    file = "source/pcm/pcm_dual_tone";
+    REFUSES(pcmDualToneGather, (nullptr, nullptr, -1), "toneA");
+    REFUSES(pcmDualToneGather, (tone, nullptr, -1), "toneB");
+    REFUSES(pcmDualToneGather, (tone, tone, -1), "samples >= 0");
+    REFUSES(pcmDualToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
+    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (nullptr, nullptr, nullptr, -1), "toneA");
+    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, nullptr, nullptr, -1), "toneB");
+    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, tone, nullptr, -1), "samples >= 0");
+    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, tone, nullptr, 1),
+            "samples == 0 || dest");
+    file = "source/pcm/pcm_modulated_tone";
+    REFUSES(pcmModulatedToneGather, (nullptr, nullptr, -1), "toneA");
+    REFUSES(pcmModulatedToneGather, (tone, nullptr, -1), "toneB");
+    REFUSES(pcmModulatedToneGather, (tone, tone, -1), "samples >= 0");
+    REFUSES(pcmModulatedToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
+    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (nullptr, nullptr, nullptr, -1),
+            "toneA");
+    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, nullptr, nullptr, -1), "toneB");
+    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, tone, nullptr, -1),
+            "samples >= 0");
+    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, tone, nullptr, 1),
+            "samples == 0 || dest");
+    file = "source/pcm/pcm_noise";
+    REFUSES(pcmNoiseGather, (-1), "samples >= 0");
+    REFUSES(pcmNoiseGather, (kMost / 2), "PB_INT_MUL_OK( count, size )", kMemory);
+    BOTH_REFUSE(pcmNoiseGatherSamples, pcmNoiseGatherSamplesAdd, (nullptr, -1), "samples >= 0");
+    BOTH_REFUSE(pcmNoiseGatherSamples, pcmNoiseGatherSamplesAdd, (nullptr, 1), "samples == 0 || dest");
+    file = "source/pcm/pcm_silence";
+    ACCEPTS(pcmSilenceGatherSamples);
+    REFUSES(pcmSilenceGather, (-1), "frames >= 0", kPacket);
+    REFUSES(pcmSilenceGather, (kMost), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
+    file = kSamples;
+    ACCEPTS(pcm___SamplesCopy, pcm___SamplesMove, pcm___SamplesZero, pcm___SamplesChannelZero, pcm___SamplesChannelAdd,
+            pcm___SamplesChannelMul);
+    REFUSES(pcm___SamplesAdd, (nullptr, nullptr, -1), "samples >= 0");
+    REFUSES(pcm___SamplesScale, (nullptr, 1, 1.0), "dest || !samples");
+    REFUSES(pcm___SamplesMul, (nullptr, nullptr, 1), "dest || !samples");
+    REFUSES(pcm___SamplesMul, (array, nullptr, 1), "source || !samples");
+    REFUSES(pcm___SamplesChannelCopy, (nullptr, 0, 1, nullptr, 0, 1, -1), "frames >= 0");
+    REFUSES(pcm___SamplesChannelCopy, (nullptr, -1, 1, nullptr, 0, 1, 1), "dest || !frames");
+    REFUSES(pcm___SamplesChannelCopy, (array, -1, 1, nullptr, 0, 1, 1), "source || !frames");
+    REFUSES(pcm___SamplesChannelCopy, (array, -1, -1, array, 0, 1, 0), "destChannel >= 0");
+    REFUSES(pcm___SamplesChannelCopy, (array, 0, -1, array, 0, 1, 0), "destChannels >= 0");
+    REFUSES(pcm___SamplesChannelCopy, (array, 1, 1, array, -1, 1, 0), "destChannel < destChannels");
+    REFUSES(pcm___SamplesChannelCopy, (array, 0, 0, array, 0, 1, 0), "destChannel < destChannels");
+    REFUSES(pcm___SamplesChannelCopy, (array, 0, 1, array, -1, 1, 0), "sourceChannel >= 0");
+    REFUSES(pcm___SamplesChannelCopy, (array, 0, 1, array, 0, -1, 0), "sourceChannels >= 0");
+    REFUSES(pcm___SamplesChannelCopy, (array, 0, 1, array, 0, 0, 0), "sourceChannel < sourceChannels");
+    REFUSES(pcm___SamplesChannelScale, (nullptr, 2, 2, 0, 1.0), "destChannel < destChannels");
     file = "source/pb/pb_[a-z]+";
-    OPERATION(pbBufferCreateFromBytesUse, "0 -1: length >= 0"); OPERATION(pbEnumGenerate, "y 7: known != enm->end()");
-    OPERATION(pbMemAllocN, "-1 -1: count >= 0; 1 -1: size >= 0; M/2 4: PB_INT_MUL_OK( count, size )");
-    OPERATION(pbMemAlloc, "-1: count >= 0; M: memory"); OPERATIONS("0: obj", pb___ObjFree, pbObjRetain, pbObjRelease);
-    OPERATION(pb___ObjCreate, "8 0: size >= PB_SIZEOF(PB_OBJ); 80 0: sort; M a: memory");
-    OPERATION(pb___ObjDbgSetAllocationSize, "0 -1: obj; x -1: bytes >= 0");
-    OPERATION(pb___ObjDbgSetAllocationSizeN, "0 M 2: PB_INT_MUL_OK( count, size )");
-    OPERATION(pbRandomNonNegativeIntRange, "-1 -1: low >= 0; 3 3: low < high");
-    return all;
+    ACCEPTS(pbBufferBacking, pbBufferLength, pbEnumParse, pbFlagsetParse, pbFlagsetGenerate, pbStringCstr,
+            pbStringLength, pbVectorLength, pbVectorClear, pbObjSort, pbObjToString, pb___ObjDbgAllocationSize,
+            pbMemSetN);
+    REFUSES(pbEnumSetEnumerantCstr, (empty, nullptr, -1, 0), "*enm");
+    REFUSES(pbFlagsetSetFlagCstr, (empty, nullptr, -1, 0), "*flags");
+    REFUSES(pbFlagsetHasFlagCstr, (nullptr, nullptr, -1), "flags");
+    REFUSES(pbVectorAppendObj, (empty, nullptr), "*vec");
+    REFUSES(pbStringCreateFromCstr, (nullptr, -2), "text || length == 0");
+    REFUSES(pbStringCreateFromCstr, ("", -2), "length >= -1");
+    REFUSES(pbStringCreateFromCstr, ("", kMost), "PB_INT_ADD_OK( length, 1 )");
+    REFUSES(pbVectorUnshift, (vector0), "(*vec)->length > 0");
+    BOTH_REFUSE(pbMemCopyN, pbMemMoveN, (nullptr, nullptr, 1, 1), "dest");
+
+    ONLY_REFUSES(pbBufferCreateFromBytesUse, (nullptr, -1), "length >= 0");
+    ONLY_REFUSES(pbEnumGenerate, (types, 7), "known != enm->end()");
+    ONLY_REFUSES(pbMemAllocN, (-1, -1), "count >= 0");
+    ONLY_REFUSES(pbMemAllocN, (1, -1), "size >= 0");
+    ONLY_REFUSES(pbMemAllocN, (kMost / 2, 4), "PB_INT_MUL_OK( count, size )");
+    ONLY_REFUSES(pbMemAlloc, (-1), "count >= 0");
+    ONLY_REFUSES(pbMemAlloc, (kMost), "memory");
+    ONLY_REFUSES(pb___ObjFree, (nullptr), "obj");
+    ONLY_REFUSES(pbObjRetain, (nullptr), "obj");
+    ONLY_REFUSES(pbObjRelease, (nullptr), "obj");
+    ONLY_REFUSES(pb___ObjCreate, (8, nullptr), "size >= PB_SIZEOF(PB_OBJ)");
+    ONLY_REFUSES(pb___ObjCreate, (80, nullptr), "sort");
+    ONLY_REFUSES(pb___ObjCreate, (kMost, pcmPacketSort()), "memory");
+    ONLY_REFUSES(pb___ObjDbgSetAllocationSize, (nullptr, -1), "obj");
+    ONLY_REFUSES(pb___ObjDbgSetAllocationSize, (text, -1), "bytes >= 0");
+    ONLY_REFUSES(pb___ObjDbgSetAllocationSizeN, (nullptr, kMost, 2), "PB_INT_MUL_OK( count, size )");
+    ONLY_REFUSES(pbRandomNonNegativeIntRange, (-1, -1), "low >= 0");
+    ONLY_REFUSES(pbRandomNonNegativeIntRange, (3, 3), "low < high");
 }
+// clang-format on

@@ -5,21 +5,24 @@
 #include <atomic>
 #include <cstring>
 #include <fenv.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-const std::vector<Operation> kOperations = AllOperations();
+const std::vector<Operation> &Operations()
+{
+    static const std::vector<Operation> operations = Table().operations;
+    return operations;
+}
 
 /// What the calls are made with, and how a process ends that has left them as they were.
 Subjects *subjects;
 void (*endUntouched)(int) = nullptr;
 void EndIfUntouched(int signal)
 {
-    const auto samples = [](char name) { return SamplesOf(subjects->Packet(name)); };
-    if (samples('p') != Samples{1, 2, 3} || samples('d') != Samples(6) || samples('e') != Samples())
+    if (SamplesOf(subjects->mono3) != Samples{1, 2, 3} || SamplesOf(subjects->stereo3) != Samples(6) ||
+        SamplesOf(subjects->stereo0) != Samples())
         _exit(1);
     if (endUntouched)
         endUntouched(signal);
@@ -29,7 +32,7 @@ void EndIfUntouched(int signal)
 template <class Check> void Replace(std::initializer_list<Argument::Kind> kinds, Word value, Check check)
 {
     Subjects accepted;
-    for (const Operation &operation : kOperations)
+    for (const Operation &operation : Operations())
         for (std::size_t at = 0; at < operation.arguments.size(); ++at)
             if (std::ranges::count(kinds, operation.arguments[at].kind)) {
                 SCOPED_TRACE(testing::Message() << operation.name << ", argument " << at);
@@ -61,24 +64,16 @@ TEST(Operations, RefuseWhatIsMissing)
 
 TEST(Operations, RefuseInTheOrderOfTheChecks)
 {
-    Subjects all;
-    subjects = &all;
-    for (const auto &operations : {kOperations, OtherOperations()})
-        for (const Operation &operation : operations) {
-            std::istringstream calls(operation.refusals);
-            for (std::string call, token; std::getline(calls, call, ';');) {
-                SCOPED_TRACE(operation.name + ' ' + call);
-                std::istringstream tokens(call.substr(0, call.find(':')));
-                std::vector<Word> words;
-                for (const Argument &argument : operation.arguments)
-                    tokens >> token, words.push_back(all.Parse(token, argument));
-                std::string file = operation.file, text = call.substr(call.find(": ") + 2);
-                if (const auto end = text.find(' '); text.starts_with("source/p"))
-                    file = text.substr(0, end), text.erase(0, end + 1);
-                EXPECT_ABORT((endUntouched = std::signal(SIGABRT, EndIfUntouched), operation.call(words.data())), file,
-                             text);
-            }
-        }
+    Table table;
+    subjects = &table;
+    for (const Refusal &refusal : table.refusals) {
+        SCOPED_TRACE(refusal.operation + refusal.arguments);
+        const auto call = [&] {
+            endUntouched = std::signal(SIGABRT, EndIfUntouched);
+            refusal.call();
+        };
+        EXPECT_ABORT(call(), refusal.file, refusal.text);
+    }
 }
 
 TEST(Operations, TakeOrRefuseNumbersAtTheEndsOf64Bits)
@@ -105,7 +100,7 @@ TEST(Operations, LeaveTheCallersFloatingPointEnvironmentAlone)
     const auto atFirst = control();
     fesetmode(FE_DFL_MODE);
     EXPECT_EQ(control(), atFirst); // so loading the library has left it
-    for (const Operation &operation : kOperations) {
+    for (const Operation &operation : Operations()) {
         Subjects accepted;
         fesetround(FE_UPWARD);
         const auto before = control();
@@ -144,7 +139,7 @@ extern "C" void *realloc(void *block, std::size_t size) noexcept
 
 TEST(Operations, EndTheProcessWhenAnAllocationFails)
 {
-    for (const Operation &operation : kOperations) {
+    for (const Operation &operation : Operations()) {
         SCOPED_TRACE(operation.name);
         bool enough = false;
         for (int allocations = 0; !enough && allocations < 100; ++allocations) {

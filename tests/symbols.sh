@@ -1,5 +1,6 @@
 #!/bin/sh
-# symbols.sh LIBPCM LIBPB: checks what the libraries export and need.
+# symbols.sh LIBPCM LIBPB [TESTS]: checks what the libraries export and need, and that the table of operations in the
+# program TESTS has all that is exported.
 set -u
 here=$(dirname "$0")
 pcm=$1 pb=$2
@@ -16,6 +17,13 @@ exported() { nm -D --defined-only "$1" | awk '$2 != "A" { sub(/@.*/, "", $3); pr
 needed() { readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | LC_ALL=C sort; }
 
 same "exported symbols of libpcm" "$(grep -v '^#' "$here/symbols.txt")" "$(exported "$pcm")"
+# Without a row: what the sorts have in common, what the host calls once, and what checks nothing.
+common='^pcm(Packet|PacketQueue|Filter|FilterCoefficients|Tone)(Sort|Retain|Release|Obj|From|ToString|Compare|Equals)$'
+once='^pcmModule$|^pcm___ModuleIsa$|^pcm___.*(Startup|Shutdown)$'
+[ -z "${3:-}" ] || same "exported operations and those of tests/operations.h" \
+    "$(nm -D --defined-only "$pcm" | awk '$2 == "T" { sub(/@.*/, "", $3); print $3 }' |
+        grep -vE "$common|$once|^pcmFilterCoefficientsCreateFrom$" | LC_ALL=C sort)" \
+    "$("$3" --operations | cut -f1 | grep '^pcm' | grep -vE "$common" | LC_ALL=C sort -u)"
 same "libraries that libpcm needs" "$(printf 'libc.so.6\nlibm.so.6\nlibpb.so.1')" "$(needed "$pcm")"
 unknown=$(nm -D --undefined-only "$pcm" | awk '$2 ~ /^pb/ { print $2 }' | sed 's/@.*//' |
     grep -vxFf "$here/runtime.txt") && { echo "libpcm calls what the runtime need not have:" $unknown; status=1; }
