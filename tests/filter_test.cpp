@@ -33,6 +33,10 @@ TEST(Filter, GivesTheDefinitionsBitsHoweverTheSignalIsCut)
         {60, 12, 0, 60, 0},        {1, 5000, 0, 3, 2},       {50, 130, 20, 150, 70}, {10, 450, 3, 40, 30},
     };
     Random random;
+    for (const pbInt frames : {6, 7, 25, 26, 51, 208, 209, 210, 418, 419}) { // about as many as the stack holds at once
+        rows.push_back({48, 80, 50, frames, 0});
+        rows.push_back({300, 8, 300, frames, 0});
+    }
     for (pbInt channels = 1; channels <= 12; ++channels)
         for (pbInt length = 1; length <= 64; ++length)
             for (const pbInt longest : {0, 0, 0, 100})
@@ -46,7 +50,10 @@ TEST(Filter, GivesTheDefinitionsBitsHoweverTheSignalIsCut)
         pcm::Filter filter(pcm::FilterCoefficients(taps), channels);
         auto next = input.begin();
         const auto write = [&, channels = channels](pbInt count) {
-            filter.Write(MakePacket(channels, Samples(next, next + count * channels)));
+            const auto pkt = MakePacket(channels, Samples(next, next + count * channels));
+            const pbInt blocks = allocatedBlocks;
+            filter.Write(pkt);
+            EXPECT_EQ(allocatedBlocks - blocks, count ? 1 : 0) << "blocks of samples: the packet's alone";
             next += count * channels;
         };
         write(before);

@@ -44,8 +44,10 @@ extern "C" void *pbMemReallocN(void *block, pbInt count, pbInt size)
     pbMemFree(block);
     return resized;
 }
+pbInt allocatedBlocks = 0;
 extern "C" void *pbMemAllocN(pbInt count, pbInt size)
 {
+    ++allocatedBlocks;
     return slots ? pbMemReallocN(nullptr, count, size) : Runtime<decltype(pbMemAllocN)>("pbMemAllocN")(count, size);
 }
 extern "C" void pbMemCopy(void *dest, const void *source, pbInt bytes)

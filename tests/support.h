@@ -75,6 +75,9 @@ inline std::pair<pbInt, pbInt> Alive()
     return {pb___ObjDbgObjects(), pb___MemDbgBlocks()};
 }
 
+/// The blocks that pbMemAllocN has made so far: packet_test.cpp counts its calls.
+extern pbInt allocatedBlocks;
+
 /// The bits of samples, so that -0.0, NaN and their kin are compared as what they are.
 inline std::vector<uint32_t> BitsOf(const Samples &samples)
 {

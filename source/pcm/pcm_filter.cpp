@@ -1,6 +1,6 @@
 // The filter: every packet is filtered into a new one, which waits in a queue. Sums of neighbouring outputs are
 // computed side by side (pcm_filter_loops.h), straight from the packet's samples; where they reach back to frames
-// before the packet, these and the packet's own are first laid side by side in a block.
+// before the packet, these and the packet's own are first laid side by side on the stack.
 #include "pcm_isa.h"
 #include "pcm_object.h"
 
@@ -56,7 +56,11 @@ struct FilterTerms {
     pbInt stride;                   ///< from one frame to the next
     const PCM_SAMPLE *coefficients; ///< that of the oldest frame; those of newer ones lie before it
     pbInt taps;
+    bool first = true, last = true; ///< else sums go on from what dest holds, or are not clamped yet. Such parts of
+                                    ///< sums are a multiple of kVector, or fewer
 };
+
+constexpr pbInt kVector = 16; ///< samples in the widest vector
 
 using FilterLoop = void(const FilterTerms &terms);
 
@@ -70,68 +74,85 @@ namespace {
 
 constexpr pbInt kSample = PB_SIZEOF(PCM_SAMPLE);
 
-/// A packet's frames.
+/// Samples side by side.
 struct Run {
     const PCM_SAMPLE *samples;
-    pbInt frames;
+    pbInt count;
 };
 
-/// Filters a packet's frames into dest, another array. The filter goes on remembering the frames before.
-void FilterFrames(const PCM_FILTER *filter, Run packet, PCM_SAMPLE *dest)
+/// Copies samples of the signal that consists of the frames which the first output of a packet reaches back to, and the
+/// packet; then as many zeros as may be read behind them.
+void CopySignal(PCM_SAMPLE *dest, const PCM_FILTER *filter, Run packet, pbInt from, pbInt samples)
 {
-    constexpr pbInt kLocal = 4096; // samples: 16 KiB of stack
+    const pbInt newer = filter->historyPosition * filter->channels, oldest = newer + filter->channels;
+    const Run parts[] = {
+        {filter->history + oldest, filter->coefficientsLength * filter->channels - oldest}, // but one row: out of reach
+        {filter->history, newer},
+        packet,
+    };
+    for (const Run &part : parts) {
+        const pbInt skipped = std::min(from, part.count), count = std::min(samples, part.count - skipped);
+        if (count)
+            pcm___SamplesCopy(dest, part.samples + skipped, count);
+        dest += count;
+        from -= skipped;
+        samples -= count;
+    }
+    std::fill_n(dest, pcm::kVector, 0.0f);
+}
+
+/// Filters a packet's samples into dest, another array. The filter goes on remembering the frames before.
+void FilterSamples(PCM_SAMPLE *dest, const PCM_FILTER *filter, Run packet)
+{
+    constexpr pbInt kBlock = 4064; // samples: 16 KiB of stack
     constexpr pbInt kSmall = 640;  // a packet of no more samples is copied whole
     constexpr pbInt kHead = 192;   // samples that are worth a call of the loop
-    constexpr pbInt kVector = 16;  // samples in the widest
-    const pbInt channels = filter->channels, before = filter->coefficientsLength - 1;
-    pcm::FilterTerms terms = {.dest = dest,
-                              .samples = 0,
-                              .source = nullptr,
-                              .stride = channels,
-                              .coefficients = filter->coefficientSamples + before,
-                              .taps = filter->coefficientsLength};
+    const pbInt channels = filter->channels, taps = filter->coefficientsLength, before = (taps - 1) * channels;
+    const PCM_SAMPLE *const coefficients = filter->coefficientSamples + taps - 1;
 
     // The first outputs reach back beyond the packet: what they need is laid side by side. Those of a small packet are
     // all of them.
-    pbInt head = packet.frames;
-    if (head * channels > kSmall)
-        head = pbIntMin(head, pbIntMax(before, (kHead + channels - 1) / channels));
-    if ((packet.frames - head) * channels < kVector)
-        head = packet.frames;
-    const pbInt needed = (before + head) * channels, older = before - filter->historyPosition;
-    alignas(64) PCM_SAMPLE local[kLocal];
-    PCM_SAMPLE *const block =
-        needed + kVector <= kLocal ? local : static_cast<PCM_SAMPLE *>(pbMemAllocN(needed + kVector, kSample));
-    pcm___SamplesCopy(block, filter->history + (before + 1 - older) * channels, older * channels);
-    pcm___SamplesCopy(block + older * channels, filter->history, (before - older) * channels);
-    pcm___SamplesCopy(block + before * channels, packet.samples, head * channels);
-    pcm___SamplesZero(block + needed, kVector);
-    terms.source = block;
-    terms.samples = head * channels;
-    pcm::loops(terms);
-    if (block != local)
-        pbMemFree(block);
+    pbInt head = packet.count;
+    if (head > kSmall)
+        head = std::min(head, std::max(before, kHead));
+    if (packet.count - head < pcm::kVector)
+        head = packet.count;
+
+    // As many outputs at once as the block has room for. Where these would be few, half a block of them, their sums
+    // made in parts: of as many taps as there is room for.
+    alignas(64) PCM_SAMPLE block[kBlock + pcm::kVector];
+    const pbInt room = kBlock - before, piece = room < kBlock / 8 ? kBlock / 2 : room;
+    for (pbInt at = 0, samples; at < head; at += samples) {
+        samples = std::min(head - at, piece);
+        const bool whole = samples <= room;
+        if (!whole && samples > pcm::kVector)
+            samples -= samples % pcm::kVector;
+        const pbInt most = whole ? taps : 1 + (kBlock - samples) / channels;
+        for (pbInt tap = 0; tap < taps; tap += most) {
+            const pbInt count = std::min(most, taps - tap);
+            CopySignal(block, filter, packet, at + tap * channels, samples + (count - 1) * channels);
+            pcm::loops({dest + at, samples, block, channels, coefficients - tap, count, tap == 0, tap + count == taps});
+        }
+    }
 
     // The others find theirs in the packet.
-    if (head == packet.frames)
-        return;
-    terms.dest = dest + head * channels;
-    terms.source = packet.samples + (head - before) * channels;
-    terms.samples = (packet.frames - head) * channels;
-    pcm::loops(terms);
+    if (head < packet.count)
+        pcm::loops({dest + head, packet.count - head, packet.samples + head - before, channels, coefficients, taps});
 }
 
 /// Puts the last frames of a packet into the ring.
-void Remember(PCM_FILTER *filter, Run packet)
+void Remember(PCM_FILTER *filter, const PCM_SAMPLE *samples, pbInt frames)
 {
     const pbInt channels = filter->channels, length = filter->coefficientsLength;
-    const pbInt kept = pbIntMin(packet.frames, length), passed = packet.frames - kept;
-    const PCM_SAMPLE *last = packet.samples + passed * channels;
-    const pbInt row = (filter->historyPosition + passed) % length;
-    const pbInt toEnd = pbIntMin(kept, length - row);
-    pcm___SamplesCopy(filter->history + row * channels, last, toEnd * channels);
-    pcm___SamplesCopy(filter->history, last + toEnd * channels, (kept - toEnd) * channels);
-    filter->historyPosition = (row + kept) % length;
+    if (frames >= length) {
+        pcm___SamplesCopy(filter->history, samples + (frames - length) * channels, length * channels);
+        filter->historyPosition = 0;
+        return;
+    }
+    const pbInt row = filter->historyPosition, toEnd = std::min(frames, length - row);
+    pcm___SamplesCopy(filter->history + row * channels, samples, toEnd * channels);
+    pcm___SamplesCopy(filter->history, samples + toEnd * channels, (frames - toEnd) * channels);
+    filter->historyPosition = row + toEnd < length ? row + toEnd : frames - toEnd;
 }
 
 /// Gives a filter its ring, still to be filled. @return the samples in it
@@ -233,15 +254,15 @@ void pcmFilterWrite(PCM_FILTER **filter, PCM_PACKET *pkt)
     PB_ASSERT(pcmPacketChannels( pkt ) == (*filter)->channels);
 
     PCM_PACKET_QUEUE **queue = Queue(filter);
-    const Run packet = {pcmPacketBacking(pkt), pcmPacketFrames(pkt)};
+    const pbInt channels = (*filter)->channels, frames = pcmPacketFrames(pkt);
     PCM_SAMPLE *samples = nullptr;
-    if (packet.frames) {
-        samples = static_cast<PCM_SAMPLE *>(pbMemAllocN(packet.frames * (*filter)->channels, kSample));
-        FilterFrames(*filter, packet, samples);
-        Remember(*filter, packet);
+    if (frames) {
+        const PCM_SAMPLE *const source = pcmPacketBacking(pkt);
+        samples = static_cast<PCM_SAMPLE *>(pbMemAllocN(frames * channels, kSample));
+        FilterSamples(samples, *filter, {source, frames * channels});
+        Remember(*filter, source, frames);
     }
-    const auto filtered =
-        pcm::Ref<PCM_PACKET>::Adopt(pcmPacketCreateFromSamplesUse(samples, (*filter)->channels, packet.frames));
+    const auto filtered = pcm::Ref<PCM_PACKET>::Adopt(pcmPacketCreateFromSamplesUse(samples, channels, frames));
     pcmPacketQueueWrite(queue, filtered.get());
 }
 

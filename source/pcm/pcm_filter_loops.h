@@ -45,7 +45,12 @@ template <int kDeep> using Later = decltype(Plus1(Count<kDeep - 1>())); ///< 1 .
 template <int kCount> struct Sums {
     Floats of[kCount];
 
-    template <int... kAt> [[gnu::always_inline]] PCM_TARGET void Clear(Numbers<kAt...>) { ((of[kAt] = Floats{}), ...); }
+    template <int... kAt>
+    [[gnu::always_inline]] PCM_TARGET void Begin(bool first, PCM_SAMPLE *const (&dest)[kCount], pbInt step,
+                                                 Numbers<kAt...>)
+    {
+        ((of[kAt] = first ? Floats{} : Load<Floats>(dest[kAt] + step)), ...);
+    }
 
     template <int... kAt>
     [[gnu::always_inline]] PCM_TARGET void Add(float coefficient, const Floats (&samples)[kCount], Numbers<kAt...>)
@@ -55,9 +60,10 @@ template <int kCount> struct Sums {
     }
 
     template <int... kAt>
-    [[gnu::always_inline]] PCM_TARGET void Finish(PCM_SAMPLE *(&dest)[kCount], pbInt step, Numbers<kAt...>) const
+    [[gnu::always_inline]] PCM_TARGET void Finish(bool last, PCM_SAMPLE *(&dest)[kCount], pbInt step,
+                                                  Numbers<kAt...>) const
     {
-        ((Store(dest[kAt], Clamped(of[kAt])), dest[kAt] += step), ...);
+        ((Store(dest[kAt], last ? Clamped(of[kAt]) : of[kAt]), dest[kAt] += step), ...);
     }
 };
 
@@ -90,22 +96,22 @@ template <int... kLater, int... kAt>
     const PCM_SAMPLE *source[] = {terms.source + starts[kAt]...};
     PCM_SAMPLE *dest[] = {terms.dest + starts[kAt]...};
     Sums<kCount> sums[kDeep];
-    sums[0].Clear(streams);
-    (sums[kLater].Clear(streams), ...);
+    sums[0].Begin(terms.first, dest, 0, streams);
+    (sums[kLater].Begin(terms.first, dest, kLater * step, streams), ...);
     (Steps<0>(sums, source, terms, lag, (kLater - 1) * lag, kLater * lag, Count<kLater>(), streams), ...);
     for (;;) {
         Steps<0>(sums, source, terms, lag, (kDeep - 1) * lag, terms.taps, Count<kDeep>(), streams);
-        sums[0].Finish(dest, step, streams);
+        sums[0].Finish(terms.last, dest, step, streams);
         if (--length < kDeep)
             break;
         Steps<1>(sums, source, terms, lag, terms.taps, kDeep * lag, Count<kDeep - 1>(), streams);
         ((sums[kLater - 1] = sums[kLater]), ...);
-        sums[kDeep - 1].Clear(streams);
+        sums[kDeep - 1].Begin(true, dest, 0, streams);
         ((source[kAt] += step), ...);
     }
     ((Steps<kLater>(sums, source, terms, lag, terms.taps + (kLater - 1) * lag, terms.taps + kLater * lag,
                     Count<kDeep - kLater>(), streams),
-      sums[kLater].Finish(dest, step, streams)),
+      sums[kLater].Finish(terms.last, dest, step, streams)),
      ...);
 }
 
@@ -119,12 +125,12 @@ template <int... kAt>
     const PCM_SAMPLE *source = terms.source + at, *lastSource = terms.source + last;
     PCM_SAMPLE *const dest = terms.dest + at, *const lastDest = terms.dest + last;
     Sums<kCount> sums;
-    sums.Clear(vectors);
+    ((sums.of[kAt] = terms.first ? Floats{} : Load<Floats>(kAt == kLast ? lastDest : dest + kAt * kLanes)), ...);
     for (pbInt tap = 0; tap < terms.taps; ++tap, source += terms.stride, lastSource += terms.stride) {
         const Floats samples[] = {Load<Floats>(kAt == kLast ? lastSource : source + kAt * kLanes)...};
         sums.Add(terms.coefficients[-tap], samples, vectors);
     }
-    (Store(kAt == kLast ? lastDest : dest + kAt * kLanes, Clamped(sums.of[kAt])), ...);
+    (Store(kAt == kLast ? lastDest : dest + kAt * kLanes, terms.last ? Clamped(sums.of[kAt]) : sums.of[kAt]), ...);
 }
 
 /// Sums segments from `at` on, each of `length` vectors of every column; one that would overrun moves back.
@@ -182,16 +188,18 @@ PCM_TARGET inline void SumFew(const FilterTerms &terms, pbInt at, pbInt vectors,
 PCM_TARGET void SumWhole(const FilterTerms &terms)
 {
     const Stagger stagger(terms.stride);
-    const pbInt vectors = (terms.samples + kLanes - 1) / kLanes, depth = (terms.taps + stagger.lag - 1) / stagger.lag;
-    if ((depth == 2 && SumWithoutPause<2>(terms, stagger, vectors)) ||
-        (depth == 3 && SumWithoutPause<3>(terms, stagger, vectors)) ||
-        (depth == 6 && SumWithoutPause<6>(terms, stagger, vectors)))
+    const pbInt vectors = (terms.samples + kLanes - 1) / kLanes;
+    const pbInt depth = (terms.taps + stagger.lag - 1) / stagger.lag;
+    if (terms.first && terms.last &&
+        ((depth == 2 && SumWithoutPause<2>(terms, stagger, vectors)) ||
+         (depth == 3 && SumWithoutPause<3>(terms, stagger, vectors)) ||
+         (depth == 6 && SumWithoutPause<6>(terms, stagger, vectors))))
         return;
     pbInt at = depth >= 3 ? SumInBlocks<3>(terms, stagger) : 0;
     pbInt left = (terms.samples - at + kLanes - 1) / kLanes;
     for (; left > 12; left -= 12, at += 12 * kLanes)
         SumVectors(terms, at, Count<12>());
-    if (depth >= 2 && stagger.columns == 1 && left > 6 && left <= 2 * kStreams<2>)
+    if (terms.first && terms.last && depth >= 2 && stagger.columns == 1 && left > 6 && left <= 2 * kStreams<2>)
         return left > 10  ? SumSegments<2, 6>(terms, stagger, at, 6, 2)
                : left > 8 ? SumSegments<2, 5>(terms, stagger, at, 5, 2)
                           : SumSegments<2, 4>(terms, stagger, at, 4, 2);
@@ -202,7 +210,9 @@ PCM_TARGET void Sum(const FilterTerms &terms)
 {
     if (terms.samples >= kLanes)
         return SumWhole(terms);
-    PCM_SAMPLE sums[kLanes]; // the source has room for a vector
+    PCM_SAMPLE sums[kLanes] = {}; // the source has room for a vector
+    if (!terms.first)
+        __builtin_memcpy(sums, terms.dest, static_cast<std::size_t>(terms.samples) * sizeof(PCM_SAMPLE));
     FilterTerms whole = terms;
     whole.dest = sums;
     whole.samples = kLanes;
@@ -216,10 +226,10 @@ PCM_TARGET void Sum(const FilterTerms &terms)
 PCM_TARGET void Sum(const FilterTerms &terms)
 {
     for (pbInt j = 0; j < terms.samples; ++j) {
-        PCM_SAMPLE sum = 0.0f;
+        PCM_SAMPLE sum = terms.first ? 0.0f : terms.dest[j];
         for (pbInt tap = 0; tap < terms.taps; ++tap)
             sum = std::fma(terms.coefficients[-tap], terms.source[j + tap * terms.stride], sum);
-        terms.dest[j] = sum < -1.0f ? -1.0f : sum > 1.0f ? 1.0f : sum;
+        terms.dest[j] = !terms.last ? sum : sum < -1.0f ? -1.0f : sum > 1.0f ? 1.0f : sum;
     }
 }
 
