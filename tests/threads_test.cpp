@@ -46,3 +46,26 @@ TEST(Threads, ShareEverythingUntilTheLastRelease)
         EXPECT_EQ(SamplesOf(watched.Get()), samples);
     }
 }
+
+// No sample is lost where each of two threads works on a channel of its own in one array.
+TEST(Threads, WorkOnAChannelEachOfOneArray)
+{
+    constexpr pbInt kFrames = 1001;
+    const Samples twos(2 * kFrames, 2.0f);
+    Samples both(2 * kFrames);
+    const auto work = [&](pbInt channel) {
+        for (int round = 0; round < 500; ++round) {
+            const pbInt step = 1 + round % 2;
+            pcm___SamplesChannelZero(both.data(), channel, 2, kFrames);
+            pcm___SamplesChannelCopy(both.data(), channel, 2, twos.data(), 0, step, kFrames);
+            pcm___SamplesChannelAdd(both.data(), channel, 2, twos.data(), 0, step, kFrames);
+            pcm___SamplesChannelMul(both.data(), channel, 2, twos.data(), 0, step, kFrames);
+            pcm___SamplesChannelScale(both.data(), channel, 2, kFrames, 0.125);
+            pbInt lost = 0;
+            for (pbInt f = 0; f < kFrames; ++f)
+                lost += both[2 * f + channel] != 1.0f;
+            EXPECT_EQ(lost, 0);
+        }
+    };
+    const std::jthread first(work, 0), second(work, 1);
+}

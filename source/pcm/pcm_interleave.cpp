@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <functional>
 #include <numeric>
 
 namespace pcm {
@@ -30,10 +29,4 @@ void pcm::MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE
                      pbInt frames)
 {
     loops(dest, shape, source, sourceChannels, frames);
-}
-
-bool pcm::Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples)
-{
-    const std::less_equal<> notAfter; // a total order, also across arrays
-    return notAfter(a + aSamples, b) || notAfter(b + bSamples, a);
 }

@@ -5,6 +5,7 @@
 #include <pcm/pcm_base.h>
 
 #include <cstdint>
+#include <functional>
 
 namespace pcm {
 
@@ -21,11 +22,18 @@ struct FrameShape {
     PCM_SAMPLE gain = 1.0f;
 };
 
-/// Makes frames of dest, which lies apart from the source. Samples that are kept keep every bit.
+/// Makes frames of dest, which lies apart from the source. Samples that are kept keep every bit. From the first sample
+/// of dest to the last nobody else may read or write: those that stay unchanged may be read and stored again, as they
+/// may in a private packet. Where the array may be anybody's, the channel kernels do it (pcm_samples.h), which visit
+/// one sample of a frame and no other.
 void MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt sourceChannels,
                 pbInt frames);
 
 /// Whether two runs of samples have none in common.
-bool Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples);
+inline bool Apart(const PCM_SAMPLE *a, pbInt aSamples, const PCM_SAMPLE *b, pbInt bSamples)
+{
+    const std::less_equal<> notAfter; // a total order, also across arrays
+    return notAfter(a + aSamples, b) || notAfter(b + bSamples, a);
+}
 
 } // namespace pcm

@@ -20,15 +20,7 @@ using ChannelLoop = void(PCM_SAMPLE *dest, pbInt destStep, const PCM_SAMPLE *sou
 struct Loops {
     FlatLoop *add, *mul;
     ScaleLoop *scale;
-    ChannelLoop *channelAdd, *channelMul;
-};
-
-// What a channel kernel makes of the sample that is there and the one that comes.
-struct Sum {
-    static PCM_SAMPLE Of(PCM_SAMPLE dest, PCM_SAMPLE source) { return dest + source; }
-};
-struct Product {
-    static PCM_SAMPLE Of(PCM_SAMPLE dest, PCM_SAMPLE source) { return dest * source; }
+    ChannelLoop *channelCopy, *channelAdd, *channelMul;
 };
 
 } // namespace
@@ -81,17 +73,6 @@ void WalkChannels(pcm::ChannelLoop *loop, PCM_SAMPLE *dest, pbInt destChannel, p
         loop(dest + destChannel, destChannels, source + sourceChannel, sourceChannels, frames);
 }
 
-/// Apart, the channel is a frame of one sample that is placed in a wider one.
-void CopyChannel(PCM_SAMPLE *dest, pbInt destStep, const PCM_SAMPLE *source, pbInt sourceStep, pbInt frames)
-{
-    using Shape = pcm::FrameShape;
-    const Shape::Rest rest = destStep == 1 ? Shape::kSilence : Shape::kUnchanged; // there is none, or it stays
-    if (pcm::Apart(dest, (frames - 1) * destStep + 1, source, (frames - 1) * sourceStep + 1))
-        return pcm::MakeFrames(dest, {.width = destStep, .kept = 1, .rest = rest}, source, sourceStep, frames);
-    for (pbInt f = 0; f < frames; ++f)
-        dest[f * destStep] = source[f * sourceStep];
-}
-
 } // namespace
 
 void pcm___SamplesCopy(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
@@ -108,7 +89,8 @@ void pcm___SamplesZero(PCM_SAMPLE *dest, pbInt samples)
 {
     CheckFlat(dest, samples);
 
-    pbMemSetN(dest, 0, samples, kSample);
+    if (samples)
+        pbMemSetN(dest, 0, samples, kSample);
 }
 
 void pcm___SamplesAdd(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
@@ -135,7 +117,8 @@ void pcm___SamplesScale(PCM_SAMPLE *dest, pbInt samples, pbReal factor)
 void pcm___SamplesChannelCopy(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, const PCM_SAMPLE *source,
                               pbInt sourceChannel, pbInt sourceChannels, pbInt frames)
 {
-    WalkChannels(CopyChannel, dest, destChannel, destChannels, source, sourceChannel, sourceChannels, frames);
+    WalkChannels(pcm::loops.channelCopy, dest, destChannel, destChannels, source, sourceChannel, sourceChannels,
+                 frames);
 }
 
 void pcm___SamplesChannelZero(PCM_SAMPLE *dest, pbInt destChannel, pbInt destChannels, pbInt frames)

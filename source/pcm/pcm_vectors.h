@@ -161,6 +161,16 @@ template <int kQuarters> PCM_TARGET inline void StorePart(uint8_t *dest, Words w
         _mm_storeu_si128(reinterpret_cast<__m128i *>(dest + 32), _mm512_extracti32x4_epi32((__m512i)words, 2));
 }
 
+// The lanes of which the mask has a bit; the others are 0, and their memory is left alone.
+PCM_TARGET inline Floats LoadLanes(const float *source, unsigned mask)
+{
+    return (Floats)_mm512_maskz_loadu_ps(static_cast<__mmask16>(mask), source);
+}
+PCM_TARGET inline void StoreLanes(float *dest, unsigned mask, Floats v)
+{
+    _mm512_mask_storeu_ps(dest, static_cast<__mmask16>(mask), (__m512)v);
+}
+
 #elif PCM_VECTOR == 32
 
 PCM_TARGET inline Floats Fused(Floats a, Floats b, Floats c)
