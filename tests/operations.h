@@ -286,6 +286,7 @@ inline Table::Table()
     REFUSES(pcmPacketInsertOuter, (empty, -1, mono5, -1, 6), "*pkt");
     REFUSES(pcmPacketInsertOuter, (mono3, 4, mono5, -1, 6), "frames >= 0");
     REFUSES(pcmPacketInsertOuter, (mono3, 3, mono5, -1, -1), "offset >= 0");
+    REFUSES(pcmPacketInsertOuter, (mono3, 4, stereo3, 0, 3), "idx + (source->frames - frames) <= (*pkt)->frames");
     REFUSES(pcmPacketInsertOuter, (mono3, 3, stereo3, 0, 3), "(*pkt)->channels == source->channels");
     REFUSES(pcmPacketInsertZero, (mono3, 4, kMost / 2), "idx + frames <= (*pkt)->frames");
     REFUSES(pcmPacketInsertZero, (mono3, 3, kMost / 2), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");

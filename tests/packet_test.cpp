@@ -121,6 +121,9 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
              p.WriteChannels(2, 0, {&nan, 1}, 0, kMost, kMost - 2, 0, 1);
              p.WriteChannels(1, 0, {}, 0, kMost, kMost - 2, 1, 0);
          }, {2, {1, 2}}},
+        {"its own samples one after another, of which one is both read and written", {2, {1, 2, 3, 4}}, [](auto &p) {
+             p.WriteChannels(0, 1, p.Samples().subspan(1, 2), 0, 2, 0, 2, 1);
+         }, {2, {1, 2, 2, 2}}},
         {"its own samples as they were, though the others let go meanwhile", {2, {1, 2, 3, 4, 5, 6}}, [](auto &p) {
              meanwhile = [other = p]() mutable { other = pcm::Packet(); };
              p.WriteChannels(0, 1, p.Samples(), 0, 2, 0, 1, 2);

@@ -6,8 +6,9 @@
    beginning with +0.0, and the sum is multiplied by 1.0 / n rounded to single precision. Nothing is clamped. Where a
    sum of channels is wanted instead, there is pcmPacketCreateFromWithChannels.
 
-   Both operations take the packet by its in-out handle pkt and end the process when pkt or *pkt is null or channels,
-   the count wanted, is below 1 or out of range. The packet that was in the handle is not changed.
+   Both operations take the packet by its in-out handle pkt and end the process when pkt or *pkt is null, channels, the
+   count wanted, is below 1, or 64 bits cannot count the bytes of the result; a packet without frames may be replaced by
+   one of any channel count, but not expanded to 2^61 or more. The packet that was in the handle is not changed.
 
    @since 1.0
 */

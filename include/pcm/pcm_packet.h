@@ -2,8 +2,8 @@
    @file
    Packets: runs of frames, shared by reference and copied when one holder changes them.
 
-   A packet has a channel count of at least 1 and any number of frames. Retaining a packet and handing it on costs one
-   count; its samples are copied only when somebody changes it while somebody else holds it too.
+   A packet has a channel count of at least 1 and any number of frames. Retaining and passing a packet costs one
+   increment of its count; its samples are copied only when a holder changes it while it has others too.
 
    @since 1.0
 */
@@ -55,7 +55,8 @@ PCM_API PCM_PACKET *pcmPacketCreateFromSamplesUse(PCM_SAMPLE *source, pbInt chan
    @param frames    at least 0
    @return the new packet
 
-   Ends the process when channels is below 1, frames is out of range, or source is null with frames above 0.
+   Ends the process when channels is below 1, frames is negative, source is null with frames above 0, or 64 bits cannot
+   count the bytes of the samples, or of one frame where there are none: then channels is 2^61 or more.
 */
 PCM_API PCM_PACKET *pcmPacketCreateFromSamplesCopy(const PCM_SAMPLE *source, pbInt channels, pbInt frames);
 /** @} */
@@ -186,7 +187,8 @@ PCM_API void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames);
    @param pkt       in-out handle; a shared packet is replaced there by a new one, unless the number stays
    @param channels  at least 1
 
-   Ends the process when pkt or *pkt is null, channels is below 1, or the size of the result does not fit in 64 bits.
+   Ends the process when pkt or *pkt is null, channels is below 1, or 64 bits cannot count the bytes of the result, or
+   of one frame where there are none: then channels is 2^61 or more.
 */
 PCM_API void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels);
 

@@ -315,7 +315,7 @@ void pcmPacketWriteTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbI
 // clang-format on
 
 // Insert: opens a gap and fills it as a write would. Everything is checked before the gap opens, so that no block is
-// resized for a call that fails.
+// resized for a call that fails; where none opens it is a write of no frames, with its checks.
 
 namespace {
 
@@ -345,14 +345,6 @@ void CheckGap(PCM_PACKET **pkt, pbInt idx, pbInt frames)
     PB_ASSERT(PB_INT_ADD_OK( idx, frames ));
     PB_ASSERT(PB_INT_ADD_OK( (*pkt)->frames, frames ));
     pcmPacketWriteZero(pkt, idx, 0); // an empty write is allowed exactly where a gap may open
-}
-
-/// The source has the frames for the gap, and of the right kind.
-void CheckFill(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
-{
-    CheckRun(source, offset, frames);
-    pcmPacketWriteZero(pkt, idx, 0);
-    PB_ASSERT((*pkt)->channels == source->channels);
 }
 
 /// Makes room for more frames at idx in a packet that nobody else holds; the caller fills it.
@@ -386,10 +378,11 @@ void pcmPacketInsertInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt
 {
     PB_ASSERT(pkt);
     CheckGap(pkt, idx, frames);
-    CheckFill(pkt, idx, source, offset, frames);
-
     if (frames == 0)
-        return;
+        return pcmPacketWriteInner(pkt, idx, source, offset, 0);
+    CheckRun(source, offset, frames);
+    PB_ASSERT((*pkt)->channels == source->channels);
+
     const auto kept = pcm::KeepIfSame(*pkt, source);
     OpenGap(pkt, idx, frames);
     CopyFrames(*pkt, idx, source, offset, frames);
@@ -400,10 +393,11 @@ void pcmPacketInsertOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt
     PB_ASSERT(pkt);
     const pbInt gap = Tail(source, frames);
     CheckGap(pkt, idx, gap);
-    CheckFill(pkt, idx, source, offset, frames);
-
     if (gap == 0)
-        return;
+        return pcmPacketWriteOuter(pkt, idx, source, offset, frames);
+    CheckRun(source, offset, frames);
+    PB_ASSERT((*pkt)->channels == source->channels);
+
     const auto kept = pcm::KeepIfSame(*pkt, source);
     OpenGap(pkt, idx, gap);
     CopyOuter(*pkt, idx, source, offset, frames);
@@ -413,10 +407,9 @@ void pcmPacketInsertZero(PCM_PACKET **pkt, pbInt idx, pbInt frames)
 {
     PB_ASSERT(pkt);
     CheckGap(pkt, idx, frames);
-    pcmPacketWriteZero(pkt, idx, 0);
-
     if (frames == 0)
-        return;
+        return pcmPacketWriteZero(pkt, idx, 0);
+
     OpenGap(pkt, idx, frames);
     pcm___SamplesZero(FrameAt(*pkt, idx), frames * (*pkt)->channels);
 }
