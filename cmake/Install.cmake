@@ -52,14 +52,11 @@ install_library(pcm)
 
 if(PCM_BUILD_EXAMPLES)
     file(RELATIVE_PATH programs_to_libdir ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    get_property(targets DIRECTORY examples PROPERTY BUILDSYSTEM_TARGETS)
-    foreach(target ${targets})
-        get_target_property(type ${target} TYPE)
-        if(type STREQUAL EXECUTABLE)
-            set_runpath(${target} $ORIGIN/../lib $ORIGIN/${programs_to_libdir}) # in the build tree, and installed
-            install(TARGETS ${target} RUNTIME COMPONENT examples EXCLUDE_FROM_ALL)
-        endif()
+    get_property(programs GLOBAL PROPERTY PCM_PROGRAMS)
+    foreach(program ${programs})
+        set_runpath(${program} $ORIGIN/../lib $ORIGIN/${programs_to_libdir}) # in the build tree, and installed
     endforeach()
+    install(TARGETS ${programs} RUNTIME COMPONENT examples EXCLUDE_FROM_ALL)
     install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT examples EXCLUDE_FROM_ALL
         FILES_MATCHING PATTERN "*.c" PATTERN "*.h" PATTERN "*.cpp")
 endif()

@@ -70,6 +70,9 @@ for program in "$@"; do
     for option in $("$program" --help | grep -oE -- '--[a-z]+' | sort -u); do
         sed 's/\\-/-/g' "$page" | grep -q -e "$option" || { echo "$page lacks $option"; status=1; }
     done
+    for list in README.md CHANGELOG.md docs/man/pcm.7; do
+        grep -qw "$(basename "$program")" $list || { echo "$list does not name $(basename "$program")"; status=1; }
+    done
 done
 
 # Manual pages: without a warning, where there is man.
