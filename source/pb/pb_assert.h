@@ -41,7 +41,7 @@ private:
 /// Ends the process with the text of the expression unless it holds.
 #define PB_ASSERT(expression) PB_CHECK(nullptr, expression, #expression)
 
-/// The same, saying what was being done.
+/// The same with a prefix that names the caller.
 #define PB_ASSERT_IN(context, expression) PB_CHECK(context, expression, #expression)
 
 #define PB_CHECK(context, condition, expression)                                                                       \

@@ -1,8 +1,8 @@
 // The memory under blocks and objects.
 //
-// A build with PB_LIBERAL, for tests, does what the contract leaves open otherwise than the ordinary one, wherever that
-// can be seen: a count of 0 bytes gives a block, a block moves whenever it is resized, fresh and freed memory is full
-// of signalling NaN, the upper bound of a random range is drawn too, and every text is a new string.
+// A build with PB_LIBERAL, for tests, differs from the ordinary one wherever the contract allows: a count of 0 bytes
+// gives a block, a block moves whenever it is resized, fresh and freed memory is full of signalling NaN, the upper bound
+// of a random range is drawn too, and every text is a new string.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ inline void Spoil(void *block)
     constexpr uint32_t kSignallingNan = 0x7FA00000;
     for (std::size_t i = 0; i < malloc_usable_size(block) / sizeof(kSignallingNan); ++i)
         std::memcpy(static_cast<uint32_t *>(block) + i, &kSignallingNan, sizeof(kSignallingNan));
-    asm volatile("" : : "r"(block) : "memory"); // for the compiler, somebody may look
+    asm volatile("" : : "r"(block) : "memory"); // so the compiler must keep the writes
 }
 
 inline void HeapFree(void *block)
@@ -36,7 +36,7 @@ inline void HeapFree(void *block)
     std::free(block);
 }
 
-/// A block of so many bytes, null when allocation fails. Keeps what both blocks have room for.
+/// A block resized to `bytes`, null when allocation fails. Keeps what fits in both.
 inline void *HeapResize(void *block, std::size_t bytes)
 {
     if constexpr (!kLiberal)

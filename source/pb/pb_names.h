@@ -1,5 +1,5 @@
-// A table of names and values, in ascending order of value, names of one value in the order in which they were set:
-// what enumerations and flag sets have in common.
+// A table of names and values, in ascending order of value, names of one value in the order in which they were set.
+// Enumerations and flag sets are such tables.
 #pragma once
 
 #include "pb_object.h"

@@ -1,4 +1,4 @@
-// Random numbers: a generator for each thread, made at its first draw.
+// Random numbers: a generator for each thread, created at its first use.
 #include "pb_assert.h"
 #include "pb_heap.h"
 

@@ -1,4 +1,4 @@
-// Channel adjustment: one walk over the frames makes the downmix and lays it down beside what is kept.
+// Channel adjustment: one pass over the frames computes the downmix and writes it beside the channels that are kept.
 #include "pcm_interleave.h"
 #include "pcm_packet_unfilled.h"
 

@@ -1,4 +1,4 @@
-// Gains and decibels: 20 * log10(gain), held within 200 dB of unity.
+// Gains and decibels: 20 * log10(gain), limited to 200 dB either way.
 #include "../pb/pb_assert.h"
 
 #include <pcm/pcm_decibel.h>

@@ -1,4 +1,4 @@
-// The dual tone: the mean of two tones, so that full scale is not left.
+// The dual tone: the mean of two tones, so that it stays within full scale.
 #include "../pb/pb_assert.h"
 #include "pcm_generator.h"
 

@@ -1,4 +1,4 @@
-// Encoding flags: five groups of bits, of each of which at most one flag counts.
+// Encoding flags: five groups of bits. In each at most one flag counts.
 #include "pcm_encoding_groups.h"
 #include "pcm_object.h"
 

@@ -1,4 +1,4 @@
-// The groups of an encoding's flags and what they mean for sizes; inline, since a conversion asks before every run.
+// The groups of an encoding's flags and what they mean for sizes; inline, since each conversion needs them.
 #pragma once
 
 #include <pcm/pcm_encoding.h>
@@ -14,7 +14,7 @@ constexpr PCM_ENCODING kSides = PCM_ENCODING_PAD_BEFORE | PCM_ENCODING_PAD_AFTER
 constexpr PCM_ENCODING kContainers = 0x7F000;
 constexpr PCM_ENCODING kFlags = 0x7FFFF; ///< all
 
-/// In every group the lowest flag counts.
+/// In each group the lowest flag wins.
 constexpr PCM_ENCODING LowestOf(PCM_ENCODING encoding, PCM_ENCODING group)
 {
     return (encoding & group) & -(encoding & group);
@@ -26,7 +26,7 @@ constexpr PCM_ENCODING Normalize(PCM_ENCODING encoding)
            LowestOf(encoding, kSides) | LowestOf(encoding, kContainers);
 }
 
-/// Where the flag of a sample's type stands among them; kTypeCount without a type.
+/// The index of a sample's type among the flags of its group; kTypeCount without a type.
 constexpr int kTypeCount = 7;
 constexpr int TypeIndex(PCM_ENCODING type)
 {

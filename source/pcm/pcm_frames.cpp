@@ -1,5 +1,5 @@
-// Frame-rate change. A frame with the silence after it, or with the frames after it that are left out, is a frame of
-// more channels.
+// Frame-rate change. A frame together with the silence that follows it, or with the frames that are dropped, is handled
+// as one frame of more channels.
 #include "pcm_interleave.h"
 #include "pcm_object.h"
 
@@ -12,7 +12,7 @@ using pcm::Ref;
 
 namespace {
 
-/// Puts a new packet into the handle. `fill` makes its samples of the old one's, if it has frames.
+/// Puts a new packet into the handle. `fill` computes its samples from the old one's, if it has frames.
 template <class Fill> void Replace(PCM_PACKET **pkt, pbInt destFrames, Fill fill)
 {
     const pbInt sourceChannels = pcmPacketChannels(*pkt);

@@ -1,5 +1,5 @@
 // What the generators share: how a run of samples is laid down, made into a packet, or joined with one that is there.
-// They check nothing: a check belongs to the file whose operation it guards.
+// They check nothing: an operation checks its arguments in its own file.
 #pragma once
 
 #include <pcm/pcm_packet.h>
@@ -12,7 +12,7 @@ namespace pcm {
 /// Whether a walk replaces what the destination holds or adds to it.
 enum class Lay { kStore, kAdd };
 
-/// A new packet of one channel with so many frames, at least 0, that `gather(dest, samples)` writes.
+/// A new packet of one channel with `frames`, at least 0, that `gather(dest, samples)` writes.
 template <class Gather> PCM_PACKET *GatherPacket(pbInt samples, Gather gather)
 {
     PCM_SAMPLE *dest = nullptr;

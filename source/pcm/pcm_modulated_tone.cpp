@@ -1,4 +1,4 @@
-// The modulated tone: the product of two tones, one shaping the other's amplitude.
+// The modulated tone: the product of two tones, one the amplitude of the other.
 #include "../pb/pb_assert.h"
 #include "pcm_generator.h"
 

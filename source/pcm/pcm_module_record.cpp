@@ -1,4 +1,4 @@
-// Who the module is.
+// The module's name, version and vendor.
 #include <pcm/pcm_module.h>
 
 #include "pcm_build.h"

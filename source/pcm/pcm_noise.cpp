@@ -1,4 +1,4 @@
-// White noise: stretches of a table of random samples that is filled once. A stretch costs one random number, whatever
+// White noise: stretches of a table of random samples that is filled once. Each stretch takes one random number, whatever
 // its length.
 #include "../pb/pb_assert.h"
 #include "pcm_generator.h"

@@ -1,4 +1,4 @@
-// The packet: frames in one block, edited in place while nobody else looks, else in a copy.
+// The packet: frames in one block, edited in place while it has one holder, else in a copy.
 #include "pcm_interleave.h"
 #include "pcm_object.h"
 #include "pcm_packet_unfilled.h"
@@ -16,8 +16,8 @@
 using pcm::AsObj;
 using pcm::Ref;
 
-/// frames * channels * 4 fits in 64 bits; backing is a block of exactly so many bytes, null when there are no frames;
-/// the object's account says the same.
+/// frames * channels * 4 fits in 64 bits; backing is a block of exactly that many bytes, null when there are no frames;
+/// the object's account states the same number.
 struct PCM_PACKET {
     PB_OBJ obj;
     pbInt channels; ///< at least 1
@@ -52,13 +52,13 @@ Ref<PCM_PACKET> CreateWith(pbInt channels, pbInt frames, PCM_SAMPLE *backing)
     return pkt;
 }
 
-/// Tells the account how much the packet owns now. The size of a frame that no frame has may not fit: then the largest.
+/// Updates the account of what the packet owns. Without frames any channel count is allowed, so its size is limited here.
 void Report(PCM_PACKET *pkt)
 {
     pb___ObjDbgSetAllocationSizeN(AsObj(pkt), pkt->frames, pbIntMin(pkt->channels, INT64_MAX / kSample) * kSample);
 }
 
-/// No more samples than 64 bits can count the bytes of. No frames fit, however wide.
+/// The bytes of the samples fit in 64 bits. Zero frames always fit.
 void CheckSize(pbInt channels, pbInt frames)
 {
     if (frames == 0)
@@ -72,7 +72,7 @@ PCM_SAMPLE *AllocFrames(pbInt channels, pbInt frames)
     return static_cast<PCM_SAMPLE *>(pbMemAllocN(frames, channels * kSample));
 }
 
-/// Gives a packet that has frames but no block yet a copy of so many samples.
+/// Gives a packet that has frames but no block yet a copy of these samples.
 void FillWithCopy(PCM_PACKET *pkt, const PCM_SAMPLE *source)
 {
     const pbInt bytes = pkt->channels * pkt->frames * kSample;
@@ -197,7 +197,7 @@ PCM_SAMPLE *FrameAt(PCM_PACKET *pkt, pbInt idx)
     return pkt->backing + idx * pkt->channels;
 }
 
-/// Copies frames of one packet into frames of another, of as many channels, that nobody else holds.
+/// Copies frames of one packet into frames of another of the same channel count, which is private.
 void CopyFrames(PCM_PACKET *pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
 {
     if (frames)
@@ -211,7 +211,7 @@ void CopyOuter(PCM_PACKET *pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbI
     CopyFrames(pkt, idx + offset, source, offset + frames, source->frames - offset - frames);
 }
 
-/// The source has these frames.
+/// Checks that the source has these frames.
 void CheckRun(PCM_PACKET *source, pbInt offset, pbInt frames)
 {
     PB_ASSERT(source);
@@ -222,7 +222,7 @@ void CheckRun(PCM_PACKET *source, pbInt offset, pbInt frames)
     PB_ASSERT(offset + frames <= source->frames);
 }
 
-/// The packet has these frames, to silence, to remove or to keep.
+/// Checks that the packet has these frames, to silence, to remove or to keep.
 void CheckPart(PCM_PACKET **pkt, pbInt idx, pbInt frames)
 {
     PB_ASSERT(pkt);
@@ -314,12 +314,12 @@ void pcmPacketWriteTrailing(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbI
 { pcmPacketWriteInner(pkt, idx, source, Tail(source, frames), frames); }
 // clang-format on
 
-// Insert: opens a gap and fills it as a write would. Everything is checked before the gap opens, so that no block is
+// Insert: opens a gap and fills it as a write does. Everything is checked before the gap opens, so that no block is
 // resized for a call that fails; where none opens it is a write of no frames, with its checks.
 
 namespace {
 
-/// A packet's block and frame count change together; its account is told.
+/// Changes a packet's block and frame count together, and updates its account.
 void Resize(PCM_PACKET *pkt, pbInt frames)
 {
     pkt->backing = static_cast<PCM_SAMPLE *>(pbMemReallocN(pkt->backing, frames, pkt->channels * kSample));
@@ -327,14 +327,14 @@ void Resize(PCM_PACKET *pkt, pbInt frames)
     Report(pkt);
 }
 
-/// Moves frames within a packet that nobody else holds.
+/// Moves frames within a private packet.
 void MoveFrames(PCM_PACKET *pkt, pbInt idx, pbInt from, pbInt frames)
 {
     if (frames)
         pcm___SamplesMove(FrameAt(pkt, idx), FrameAt(pkt, from), frames * pkt->channels);
 }
 
-/// A gap of so many frames may open there.
+/// Checks that a gap of `frames` may open at idx.
 void CheckGap(PCM_PACKET **pkt, pbInt idx, pbInt frames)
 {
     PB_ASSERT(*pkt);
@@ -347,7 +347,7 @@ void CheckGap(PCM_PACKET **pkt, pbInt idx, pbInt frames)
     pcmPacketWriteZero(pkt, idx, 0); // an empty write is allowed exactly where a gap may open
 }
 
-/// Makes room for more frames at idx in a packet that nobody else holds; the caller fills it.
+/// Makes room for more frames at idx in a private packet; the caller fills it.
 void OpenGap(PCM_PACKET **pkt, pbInt idx, pbInt gap)
 {
     const pbInt channels = (*pkt)->channels, frames = (*pkt)->frames + gap, behind = (*pkt)->frames - idx;

@@ -14,7 +14,7 @@
 
 using pcm::Ref;
 
-/// frames is what the packets hold less currentPacketUsed. Between operations there is a current packet exactly while
+/// frames is what the packets hold minus currentPacketUsed. Between operations there is a current packet exactly while
 /// currentPacketUsed is above 0, and it is less than that packet's frames.
 struct PCM_PACKET_QUEUE {
     PB_OBJ obj;
@@ -63,7 +63,7 @@ Ref<PCM_PACKET> EndPacket(PCM_PACKET_QUEUE *queue)
     return Ref<PCM_PACKET>::Adopt(std::exchange(queue->currentPacket, nullptr));
 }
 
-/// Hands out the rest of the current packet. Nobody's samples are copied but those of a shared packet read in part.
+/// Takes the rest of the current packet. Samples are copied only where the packet is shared and was read in part.
 PCM_PACKET *TakePacket(PCM_PACKET_QUEUE *queue)
 {
     const pbInt used = queue->currentPacketUsed;
@@ -75,7 +75,7 @@ PCM_PACKET *TakePacket(PCM_PACKET_QUEUE *queue)
 
 using Lay = void (*)(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples);
 
-/// Lays so many frames down at dest, straight from the packets; the queue is private and has them.
+/// Lays `frames` down at dest, straight from the packets; the queue is private and has them.
 template <Lay lay> void Take(PCM_PACKET_QUEUE **queue, PCM_SAMPLE *dest, pbInt frames)
 {
     (*queue)->frames -= frames;
