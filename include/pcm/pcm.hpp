@@ -1,7 +1,7 @@
 /**
    @file
    The library for C++20 callers: the C operations, with handles that take and give up references by themselves.
-   Header-only; adds no behaviour of its own, so the C headers tell what an operation does and what ends the process.
+   Header-only; adds no behaviour of its own, so the C headers say what an operation does and what ends the process.
 
    A handle (pcm::Packet, ...) holds one reference, or none when it is empty. Copying one retains, destroying one
    releases, moving one leaves it empty. Changing operations pass the handle's address on, so a shared object is

@@ -1,8 +1,8 @@
 // The memory under blocks and objects.
 //
 // A build with PB_LIBERAL, for tests, differs from the ordinary one wherever the contract allows: a count of 0 bytes
-// gives a block, a block moves whenever it is resized, fresh and freed memory is full of signalling NaN, the upper bound
-// of a random range is drawn too, and every text is a new string.
+// gives a block, a block moves whenever it is resized, fresh and freed memory is full of signalling NaN, the upper
+// bound of a random range is drawn too, and every text is a new string.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// White noise: stretches of a table of random samples that is filled once. Each stretch takes one random number, whatever
-// its length.
+// White noise: stretches of a table of random samples that is filled once. Each stretch takes one random number,
+// whatever its length.
 #include "../pb/pb_assert.h"
 #include "pcm_generator.h"
 

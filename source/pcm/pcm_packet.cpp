@@ -52,7 +52,8 @@ Ref<PCM_PACKET> CreateWith(pbInt channels, pbInt frames, PCM_SAMPLE *backing)
     return pkt;
 }
 
-/// Updates the account of what the packet owns. Without frames any channel count is allowed, so its size is limited here.
+/// Updates the account of what the packet owns. A packet without frames may have more channels than fit in 64 bits of
+/// bytes, which the account cannot take.
 void Report(PCM_PACKET *pkt)
 {
     pb___ObjDbgSetAllocationSizeN(AsObj(pkt), pkt->frames, pbIntMin(pkt->channels, INT64_MAX / kSample) * kSample);
