@@ -288,6 +288,7 @@ inline Table::Table()
     REFUSES(pcmPacketInsertOuter, (mono3, 3, mono5, -1, -1), "offset >= 0");
     REFUSES(pcmPacketInsertOuter, (mono3, 4, stereo3, 0, 3), "idx + (source->frames - frames) <= (*pkt)->frames");
     REFUSES(pcmPacketInsertOuter, (mono3, 3, stereo3, 0, 3), "(*pkt)->channels == source->channels");
+    REFUSES(pcmPacketInsertLeading, (nullptr, 0, nullptr, -1), "source");
     REFUSES(pcmPacketInsertZero, (mono3, 4, kMost / 2), "idx + frames <= (*pkt)->frames");
     REFUSES(pcmPacketInsertZero, (mono3, 3, kMost / 2), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
     REFUSES(pcmPacketPrependLeading, (mono3, mono5, 6), "offset + frames <= source->frames");
@@ -339,7 +340,7 @@ inline Table::Table()
     REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, kMost, 1, 1), "PB_INT_ADD_OK( sourceFrameOffset, frames )");
     REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, 0, -1, -1), "channels >= 0");
     REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, 1, 0, 1, -1), "frames >= 0");
-    REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, kMost, 1, 1, 2), "PB_INT_MUL_OK( lastFrame, sourceChannelCount )");
+    REFUSES_TO_WRITE((stereo3, 1, 1, array, 2, kMost, 3, 1, 1), "PB_INT_MUL_OK( lastFrame, sourceChannelCount )");
     REFUSES_TO_WRITE((stereo3, 1, 1, array, 0, kMost, 0, 1, 2), "PB_INT_ADD_OK( lastFrame * sourceChannelCount, end )");
     REFUSES_TO_WRITE((stereo3, 1, 1, array, kMost / 4, kMost, 0, 1, 1),
             "PB_INT_MUL_OK( lastFrame * sourceChannelCount + end, PB_SIZEOF( PCM_SAMPLE ) )");
@@ -431,6 +432,8 @@ inline Table::Table()
             "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
     BOTH_REFUSE(pcmChannelsAdjustReplaceWithDownmix, pcmChannelsAdjustExpandWithDownmix, (mono3, kMost / 4),
             "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
+    REFUSES(pcmChannelsAdjustExpandWithDownmix, (stereo0, TwoTo(61)),
+            "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
     file = "source/pcm/pcm_frames";
     REFUSES(pcmFramesExtend, (empty, 0), "*pkt");
     REFUSES(pcmFramesExtend, (mono3, 1), "mult > 1");
