@@ -21,6 +21,8 @@ const struct {
     {SET(12000At48000), "PCM_FILTER_TYPE_LOWPASS_12000_AT_48000", 48, 0xC82DBF40},
 };
 
+static_assert(PCM_FILTER_TYPE_OK(std::size(rows) - 1) && !PCM_FILTER_TYPE_OK(std::size(rows)), "a row for each type");
+
 Samples TapsOf(const pcm::FilterCoefficients &set)
 {
     return Samples(set.Taps().begin(), set.Taps().end());

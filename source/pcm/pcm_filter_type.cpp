@@ -9,16 +9,10 @@ void pcm___FilterTypeStartup()
 {
     pcm___FilterTypeEnum = pbEnumCreate();
 
-#define PCM_DEFINE_TYPE(NAME) pbEnumSetEnumerantCstr(&pcm___FilterTypeEnum, #NAME, -1, NAME);
-
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_4000_AT_16000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_4000_AT_24000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_4000_AT_48000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_6000_AT_24000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_6000_AT_48000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_8000_AT_48000)
-    PCM_DEFINE_TYPE(PCM_FILTER_TYPE_LOWPASS_12000_AT_48000)
-#undef PCM_DEFINE_TYPE
+#define PCM_FILTER_SET(CUTOFF, RATE, ...)                                                                              \
+    pbEnumSetEnumerantCstr(&pcm___FilterTypeEnum, "PCM_FILTER_TYPE_LOWPASS_" #CUTOFF "_AT_" #RATE, -1,                 \
+                           PCM_FILTER_TYPE_LOWPASS_##CUTOFF##_AT_##RATE);
+#include "pcm_filter_sets.h"
 }
 
 void pcm___FilterTypeShutdown()

@@ -1,26 +1,71 @@
-// The G.711 tables as C sees them, built by the compiler.
-#include "pcm_g711.h"
+// The tables of ITU-T G.711 from its rules. Linear values are in 16-bit units.
+#include "pcm_c_array.h"
 
 #include <pcm/pcm_convert.h>
 
-// The entries f(i), f(i + 1), ...: a C array cannot be initialised from a function's array.
-#define PCM_4(f, i) f(i), f((i) + 1), f((i) + 2), f((i) + 3)
-#define PCM_16(f, i) PCM_4(f, i), PCM_4(f, (i) + 4), PCM_4(f, (i) + 8), PCM_4(f, (i) + 12)
-#define PCM_64(f, i) PCM_16(f, i), PCM_16(f, (i) + 16), PCM_16(f, (i) + 32), PCM_16(f, (i) + 48)
-#define PCM_256(f, i) PCM_64(f, i), PCM_64(f, (i) + 64), PCM_64(f, (i) + 128), PCM_64(f, (i) + 192)
-#define PCM_1024(f, i) PCM_256(f, i), PCM_256(f, (i) + 256), PCM_256(f, (i) + 512), PCM_256(f, (i) + 768)
-#define PCM_4096(f, i) PCM_1024(f, i), PCM_1024(f, (i) + 1024), PCM_1024(f, (i) + 2048), PCM_1024(f, (i) + 3072)
+#include <algorithm>
+#include <bit>
+#include <cstdint>
 
-using namespace pcm::g711;
+namespace {
 
-constexpr uint8_t pcm___EncodeG711AlawTable[4097] = {PCM_4096(AlawCode, 0), AlawCode(4096)};
-constexpr uint8_t pcm___EncodeG711MulawTable[4097] = {PCM_4096(MulawCode, 0), MulawCode(4096)};
-constexpr int16_t pcm___DecodeG711AlawTable[256] = {PCM_256(AlawValue, 0)};
-constexpr int16_t pcm___DecodeG711MulawTable[256] = {PCM_256(MulawValue, 0)};
+/// A-law code, sign bit clear, of the magnitude 8 * i.
+constexpr uint8_t AlawCode(unsigned i)
+{
+    i = std::min(i, 4095u);
+    const unsigned segment = i < 32 ? 0 : static_cast<unsigned>(std::bit_width(i)) - 5;
+    const unsigned step = (i >> std::max(segment, 1u)) & 0x0F;
+    return static_cast<uint8_t>((segment << 4 | step) ^ 0x55);
+}
 
-static_assert(pcm___EncodeG711AlawTable[1] == 0x55 && pcm___EncodeG711AlawTable[3] == 0x54);
-static_assert(pcm___EncodeG711AlawTable[32] == 0x45 && pcm___EncodeG711AlawTable[4096] == 0x2A);
-static_assert(pcm___EncodeG711MulawTable[0] == 0x7F && pcm___EncodeG711MulawTable[17] == 0x6F);
-static_assert(pcm___EncodeG711MulawTable[48] == 0x5F && pcm___EncodeG711MulawTable[4095] == 0);
-static_assert(pcm___DecodeG711AlawTable[0x80] == 5504 && pcm___DecodeG711AlawTable[0x2A] == -32256);
-static_assert(pcm___DecodeG711MulawTable[0x80] == 32120 && pcm___DecodeG711MulawTable[0x00] == -32128);
+/// Mu-law code, sign bit clear, of the magnitude 8 * i.
+constexpr uint8_t MulawCode(unsigned i)
+{
+    const unsigned biased = std::min(2 * i, 8159u) + 33;
+    if (biased >= 8192)
+        return 0;
+    const unsigned segment = static_cast<unsigned>(std::bit_width(biased)) - 6;
+    const unsigned step = (biased >> (segment + 1)) & 0x0F;
+    return static_cast<uint8_t>(~(segment << 4 | step) & 0x7F);
+}
+
+/// The middle of an A-law code's interval.
+constexpr int16_t AlawValue(unsigned code)
+{
+    const unsigned bits = code ^ 0x55, segment = (bits >> 4) & 7, step = bits & 0x0F;
+    const int magnitude = static_cast<int>(segment ? ((step << 4) + 0x108) << (segment - 1) : (step << 4) + 8);
+    return static_cast<int16_t>(bits & 0x80 ? magnitude : -magnitude);
+}
+
+/// The value of a mu-law code; above the lowest segment 4 below that of the recommendation.
+constexpr int16_t MulawValue(unsigned code)
+{
+    const unsigned bits = ~code & 0xFF, segment = (bits >> 4) & 7, step = bits & 0x0F;
+    const int magnitude = static_cast<int>(((step << 3) + 132) << segment) - 132;
+    return static_cast<int16_t>((bits & 0x80 ? -magnitude : magnitude) - (segment ? 4 : 0));
+}
+
+/// The values of a rule for 0, 1, 2 ...
+template <std::size_t kCount, class Value> constexpr auto Table(Value (*rule)(unsigned))
+{
+    std::array<Value, kCount> table{};
+    for (unsigned i = 0; i < kCount; ++i)
+        table[i] = rule(i);
+    return table;
+}
+
+} // namespace
+
+extern "C" {
+extern constexpr auto kAlawCodes = Table<4097>(AlawCode), kMulawCodes = Table<4097>(MulawCode);
+extern constexpr auto kAlawValues = Table<256>(AlawValue), kMulawValues = Table<256>(MulawValue);
+}
+extern pcm::CArray<kAlawCodes> pcm___EncodeG711AlawTable __attribute__((alias("kAlawCodes")));
+extern pcm::CArray<kMulawCodes> pcm___EncodeG711MulawTable __attribute__((alias("kMulawCodes")));
+extern pcm::CArray<kAlawValues> pcm___DecodeG711AlawTable __attribute__((alias("kAlawValues")));
+extern pcm::CArray<kMulawValues> pcm___DecodeG711MulawTable __attribute__((alias("kMulawValues")));
+
+static_assert(kAlawCodes[1] == 0x55 && kAlawCodes[3] == 0x54 && kAlawCodes[32] == 0x45 && kAlawCodes[4096] == 0x2A);
+static_assert(kMulawCodes[0] == 0x7F && kMulawCodes[17] == 0x6F && kMulawCodes[48] == 0x5F && kMulawCodes[4095] == 0);
+static_assert(kAlawValues[0x80] == 5504 && kAlawValues[0x2A] == -32256);
+static_assert(kMulawValues[0x80] == 32120 && kMulawValues[0x00] == -32128);
