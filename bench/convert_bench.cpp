@@ -52,9 +52,9 @@ std::string Name(const char *what, const char *encoding, std::size_t samples)
 void ConvertRow(const std::string &name, PCM_ENCODING to, PCM_ENCODING from, std::size_t samples)
 {
     AddRow(name, Memcpy(samples * SizeOf(from), samples * SizeOf(to)), [=](benchmark::State &state) {
-        const std::vector<float> noise = Noise(samples);
+        const Array<float> noise = Noise(samples);
         const auto count = static_cast<pbInt>(samples);
-        std::vector<char> source(samples * SizeOf(from)), dest(samples * SizeOf(to));
+        Array<char> source(samples * SizeOf(from)), dest(samples * SizeOf(to));
         pcm___Convert(source.data(), from, noise.data(), 0, count);
         for (auto _ : state) {
             pcm___Convert(dest.data(), to, source.data(), from, count);
@@ -67,7 +67,7 @@ void ConvertRow(const std::string &name, PCM_ENCODING to, PCM_ENCODING from, std
 
 /// A file of libsndfile in memory.
 struct File {
-    std::vector<char> bytes;
+    Array<char> bytes;
     sf_count_t place = 0;
 
     static SF_VIRTUAL_IO Io()
@@ -103,7 +103,7 @@ void SndfileRows(const char *name, int format, PCM_ENCODING encoding, std::size_
                encode ? Memcpy(4 * samples, bytes) : Memcpy(bytes, 4 * samples), [=](benchmark::State &state) {
                    File file;
                    file.bytes.resize(bytes);
-                   std::vector<float> noise = Noise(samples);
+                   Array<float> noise = Noise(samples);
                    SF_INFO info = {0, 48000, 1, SF_FORMAT_RAW | format, 0, 0};
                    SF_VIRTUAL_IO io = File::Io();
                    SNDFILE *handle = sf_open_virtual(&io, encode ? SFM_WRITE : SFM_READ, &info, &file);
@@ -130,8 +130,8 @@ template <class Job>
 void VolkRow(const std::string &name, std::size_t in, std::size_t out, std::size_t samples, Job job)
 {
     AddRow(name, Memcpy(in * samples, out * samples), [=](benchmark::State &state) {
-        std::vector<float> source = Noise(samples);
-        std::vector<float> dest(samples);
+        Array<float> source = Noise(samples);
+        Array<float> dest(samples);
         for (auto _ : state) {
             job(dest.data(), source.data(), static_cast<unsigned>(samples));
             benchmark::ClobberMemory();

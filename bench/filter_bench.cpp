@@ -139,8 +139,8 @@ void AddRows(PCM_FILTER_TYPE type, pbInt taps, pbInt channels, pbInt frames)
     AddRow("plain ring" + job, peak, [=](benchmark::State &state) {
         const pcm::FilterCoefficients set(type);
         Ring ring(set.Taps(), static_cast<std::size_t>(channels));
-        const std::vector<float> source = Noise(samples);
-        std::vector<float> dest(samples);
+        const Array<float> source = Noise(samples);
+        Array<float> dest(samples);
         for (auto _ : state) {
             ring.Filter(dest.data(), source.data(), static_cast<std::size_t>(frames));
             benchmark::ClobberMemory();
@@ -149,7 +149,7 @@ void AddRows(PCM_FILTER_TYPE type, pbInt taps, pbInt channels, pbInt frames)
 #ifdef PCM_BENCH_LIQUID
     if (channels == 1)
         AddRow("liquid-dsp" + job, peak, [=](benchmark::State &state) {
-            std::vector<float> source = Noise(samples), dest(samples);
+            Array<float> source = Noise(samples), dest(samples);
             const pcm::FilterCoefficients set(type);
             std::vector<float> h(set.Taps().begin(), set.Taps().end());
             firfilt_rrrf filter = firfilt_rrrf_create(h.data(), static_cast<unsigned>(taps));

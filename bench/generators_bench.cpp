@@ -14,7 +14,7 @@ constexpr double kTwoPi = 6.283185307179586;
 template <class Job> void Row(const std::string &name, std::size_t samples, const std::string &yardstick, Job job)
 {
     AddRow(name, yardstick, [samples, job](benchmark::State &state) mutable {
-        std::vector<float> dest(samples);
+        Array<float> dest(samples);
         for (auto _ : state) {
             job(std::span(dest));
             benchmark::ClobberMemory();

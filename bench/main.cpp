@@ -1,137 +1,175 @@
-// Runs the rows in interleaved rounds and prints medians: time, and time as a multiple of the row's yardstick.
-//     pcm_bench [--isa=base|avx2] [--benchmark_filter=REGEX]
-// With --isa the library of the build tree that is held down to that instruction set takes the place of the ordinary
-// one. A row is run together with its yardstick only if the filter lets both through; without it the multiple is left
-// out.
-#include "support.h"
+// Loads the rows with one build of the library, or with two, and runs them.
+#include "rows.h"
 
-#include <pcm/pcm.hpp>
-
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <dlfcn.h>
 #include <filesystem>
-#include <map>
-#include <random>
+#include <regex>
+#include <string>
+#include <string_view>
 #include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
 
 namespace {
 
-struct Row {
-    std::string name, yardstick;
-};
+constexpr char kHelp[] =
+    R"(pcm_bench [--isa=base|avx2] [OPTION OF GOOGLE BENCHMARK]...
+    Runs the rows in interleaved rounds and prints medians: time, and time as a multiple of the row's yardstick. A row
+    is run together with its yardstick only if the filter lets both through; without it the multiple is left out.
+pcm_bench --compare OTHER_BUILD [--isa=base|avx2] [--benchmark_filter=REGEX]
+    Runs each row in turn with this build of the library (new) and with another (old): a build directory, or its
+    libpcm.so. Prints the median times, and of new/old the median and the quartiles of 25 rounds, which differ in where
+    code and buffers lie. Only the library differs: both run this build's rows, without those of other libraries.
+--isa=SET
+    Runs the libraries of the build directories that are held down to that instruction set.
+)";
 
-/// In the order in which they were added.
-std::vector<Row> &Rows()
+[[noreturn]] void Fail(const std::string &message)
 {
-    static std::vector<Row> rows;
-    return rows;
+    std::fprintf(stderr, "pcm_bench: %s\n", message.c_str());
+    std::exit(1);
 }
 
-class PrintsRatios : public benchmark::BenchmarkReporter {
+fs::path Program()
+{
+    return fs::read_symlink("/proc/self/exe");
+}
+
+/// The library in a build directory, or the library itself.
+fs::path Libpcm(const fs::path &build, const std::string &isa)
+{
+    return fs::absolute(fs::is_directory(build) ? build / (isa.empty() ? "lib" : "isa/" + isa) / "libpcm.so" : build);
+}
+
+/// The rows, bound to a build of the library. Nothing is ever unloaded.
+class Bench {
 public:
-    bool ReportContext(const Context &) override { return true; }
-
-    void ReportRuns(const std::vector<Run> &runs) override
+    /// @param space LM_ID_BASE, or LM_ID_NEWLM to keep apart what is loaded here
+    /// @param module the file of the rows, beside the program
+    Bench(Lmid_t space, const fs::path &libpcm, const char *module)
     {
-        for (const Run &run : runs) {
-            if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median")
-                continue;
-            median_[run.run_name.function_name] = run.GetAdjustedCPUTime();
-            if (const auto real = run.counters.find(kRealTime); real != run.counters.end())
-                realTime_[run.run_name.function_name] = real->second;
-        }
+        void *library = Checked(dlmopen(space, libpcm.c_str(), RTLD_LAZY | RTLD_LOCAL));
+        dlinfo(library, RTLD_DI_LMID, &space);
+        const fs::path rows = Program().parent_path() / module;
+        rows_ = Checked(dlmopen(space, rows.c_str(), RTLD_LAZY | RTLD_LOCAL)); // needs a libpcm and takes that one
+        Dl_info info = {};
+        if (!dladdr(Symbol("pcm___ModuleIsa"), &info) || !fs::equivalent(info.dli_fname, libpcm))
+            Fail("the rows did not take " + libpcm.string());
     }
 
-    void Finalize() override
-    {
-        std::printf("%-52s %14s  %s\n", "row", "ns", "of its yardstick");
-        for (const Row &row : Rows()) {
-            if (!median_.count(row.name))
-                continue;
-            std::printf("%-52s %14.1f", row.name.c_str(), median_[row.name]);
-            if (median_.count(row.yardstick))
-                std::printf("  %8.2f x %s", median_[row.name] / median_[row.yardstick], row.yardstick.c_str());
-            if (realTime_.count(row.name))
-                std::printf("  %8.0f x real time", realTime_[row.name]);
-            std::printf("\n");
-        }
-    }
+    template <class F> F *Function(const char *name) const { return reinterpret_cast<F *>(Symbol(name)); }
 
 private:
-    std::map<std::string, double> median_, realTime_;
+    static void *Checked(void *found) { return found ? found : (Fail(dlerror()), nullptr); }
+    void *Symbol(const char *name) const { return Checked(dlsym(rows_, name)); }
+
+    void *rows_;
 };
+
+// A row may take a third longer for no reason but the addresses that code and heap have in this process. So each build
+// is loaded several times, and each load takes its turns.
+constexpr std::size_t kLoads = 6, kRounds = 4 * kLoads + 1;
+using Times = std::array<double, kRounds>;
+
+/// A quantile, in quarters.
+double Quartile(Times times, std::size_t quarters)
+{
+    std::ranges::sort(times);
+    return times[(kRounds - 1) * quarters / 4];
+}
+
+/// Starts the program again with room for as many namespaces. Comes back when there is, or nothing can be done.
+void MakeRoom(char **argv)
+{
+    constexpr char kTunables[] = "GLIBC_TUNABLES";
+    if (std::getenv(kTunables))
+        return;
+    setenv(kTunables, "glibc.rtld.nns=16", 1); // as many as there may be
+    execv(Program().c_str(), argv);
+}
+
+/// One of the two builds that are compared.
+struct Side {
+    Side(const char *what, const fs::path &libpcm)
+    {
+        const char *isa = nullptr;
+        for (std::size_t i = 0; i < kLoads; ++i) {
+            loads.emplace_back(LM_ID_NEWLM, libpcm, "pcm_bench_rows_to_compare.so");
+            isa = loads.back().Function<decltype(BenchStart)>("BenchStart")();
+        }
+        std::printf("%s: %s, %s\n", what, libpcm.c_str(), isa);
+    }
+
+    double Time(int row, std::size_t round, long *iterations) const
+    {
+        auto *time = loads[round % kLoads].Function<decltype(BenchTime)>("BenchTime");
+        return time(row, static_cast<int>(round), iterations);
+    }
+
+    std::vector<Bench> loads;
+};
+
+void Compare(const fs::path &mine, const fs::path &other, const std::string &filter)
+{
+    const Side sides[] = {{"new", mine}, {"old", other}};
+    std::printf("%-52s %12s %12s %8s  %s\n", "row", "new ns", "old ns", "new/old", "quartiles");
+    const std::regex chosen(filter, std::regex::extended);
+    auto *name = sides[0].loads[0].Function<decltype(BenchRowName)>("BenchRowName");
+    for (int row = 0; name(row); ++row) {
+        if (!std::regex_search(name(row), chosen))
+            continue;
+        long iterations = 0;
+        sides[0].Time(row, 0, &iterations);
+        Times times[2], ratios;
+        for (std::size_t round = 0; round < kRounds; ++round) {
+            for (const std::size_t i : {round % 2, 1 - round % 2})
+                times[i][round] = sides[i].Time(row, round, &iterations);
+            ratios[round] = times[0][round] / times[1][round];
+        }
+        std::printf("%-52s %12.1f %12.1f %8.3f  %.3f to %.3f\n", name(row), Quartile(times[0], 2),
+                    Quartile(times[1], 2), Quartile(ratios, 2), Quartile(ratios, 1), Quartile(ratios, 3));
+        std::fflush(stdout);
+    }
+}
 
 } // namespace
 
-void AddRow(const std::string &name, const std::string &yardstick, std::function<void(benchmark::State &)> body)
-{
-    for (const Row &row : Rows())
-        if (row.name == name)
-            return;
-    Rows().push_back({name, yardstick});
-    benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State &state) { body(state); });
-}
-
-std::string Memcpy(std::size_t in, std::size_t out)
-{
-    const std::size_t bytes = (in + out) / 2;
-    const std::string name = std::string("memcpy/").append(std::to_string(bytes));
-    AddRow(name, "", [bytes](benchmark::State &state) {
-        std::vector<char> source(bytes, 1), dest(bytes);
-        for (auto _ : state) {
-            std::memcpy(dest.data(), source.data(), bytes);
-            benchmark::DoNotOptimize(dest.data());
-            benchmark::ClobberMemory();
-        }
-    });
-    return name;
-}
-
-std::vector<float> Noise(std::size_t samples)
-{
-    std::mt19937 engine(1);
-    std::uniform_real_distribution<float> spread(-1.0f, 1.0f);
-    std::vector<float> noise(samples);
-    for (float &sample : noise)
-        sample = spread(engine);
-    return noise;
-}
-
-/// Starts the program again with another library before the ordinary one. Comes back only if that fails.
-int RunWith(const std::string &isa, std::vector<char *> arguments)
-{
-    namespace fs = std::filesystem;
-    const fs::path program = fs::read_symlink("/proc/self/exe"),
-                   folder = program.parent_path().parent_path() / "isa" / isa;
-    if (!fs::exists(folder)) {
-        std::fprintf(stderr, "There is no %s\n", folder.c_str());
-        return 1;
-    }
-    setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
-    arguments.push_back(nullptr);
-    execv(program.c_str(), arguments.data());
-    std::perror(program.c_str());
-    return 1;
-}
-
 int main(int argc, char **argv)
 {
-    if (argc > 1 && std::strncmp(argv[1], "--isa=", 6) == 0) {
-        std::vector<char *> rest(argv, argv + argc);
-        rest.erase(rest.begin() + 1);
-        return RunWith(argv[1] + 6, rest);
+    std::string isa, other, filter = ".";
+    std::vector<char *> rest = {argv[0]};
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        const auto value = [&](std::string_view option) { return std::string(argument.substr(option.size())); };
+        if (argument == "--help" || argument == "-h") {
+            std::fputs(kHelp, stdout);
+            return 0;
+        }
+        if (argument.starts_with("--isa="))
+            isa = value("--isa=");
+        else if (argument.starts_with("--compare="))
+            other = value("--compare=");
+        else if (argument == "--compare" && i + 1 < argc)
+            other = argv[++i];
+        else
+            rest.push_back(argv[i]);
     }
-    std::printf("instruction set: %s\n", pcm___ModuleIsa());
-    std::vector<char *> arguments(argv, argv + argc);
-    char repetitions[] = "--benchmark_repetitions=5", interleaved[] = "--benchmark_enable_random_interleaving=true",
-         time[] = "--benchmark_min_time=0.02";
-    arguments.insert(arguments.begin() + 1, {repetitions, interleaved, time}); // the caller's own come after and win
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
-        return 1;
-    const pcm::Module module;
-    PrintsRatios reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    const fs::path mine = Libpcm(Program().parent_path().parent_path(), isa);
+    if (other.empty()) {
+        const Bench bench(LM_ID_BASE, mine, "pcm_bench_rows.so");
+        return bench.Function<decltype(BenchRun)>("BenchRun")(static_cast<int>(rest.size()), rest.data());
+    }
+    for (const std::string_view argument : std::vector(rest.begin() + 1, rest.end())) {
+        constexpr std::string_view kFilter = "--benchmark_filter=";
+        if (!argument.starts_with(kFilter))
+            Fail("--compare does not take " + std::string(argument));
+        filter = argument.substr(kFilter.size());
+    }
+    MakeRoom(argv);
+    Compare(mine, Libpcm(other, isa), filter);
 }

@@ -26,12 +26,12 @@ const bool registered = [] {
         }
     });
     AddRow("shared_ptr/create-fill-free/2x960", "", [](benchmark::State &state) {
-        const std::vector<float> noise = Noise(kSamples);
+        const Array<float> noise = Noise(kSamples);
         for (auto _ : state)
-            benchmark::DoNotOptimize(std::make_shared<std::vector<float>>(noise));
+            benchmark::DoNotOptimize(std::make_shared<std::vector<float>>(noise.begin(), noise.end()));
     });
     AddRow("packet/create-fill-free/2x960", "shared_ptr/create-fill-free/2x960", [](benchmark::State &state) {
-        const std::vector<float> noise = Noise(kSamples);
+        const Array<float> noise = Noise(kSamples);
         for (auto _ : state)
             benchmark::DoNotOptimize(pcm::Packet(noise, kChannels).Get());
     });

@@ -13,7 +13,7 @@ void Row(const std::string &name, const std::string &yardstick, pbInt channels, 
         const auto samples = Noise(static_cast<std::size_t>(in * channels));
         const pcm::Packet pkt(samples, channels);
         pcm::PacketQueue queue(channels);
-        std::vector<float> dest(static_cast<std::size_t>(out * channels));
+        Array<float> dest(static_cast<std::size_t>(out * channels));
         for (auto _ : state) {
             queue.Write(pkt);
             while (queue.Frames() >= out)
@@ -24,9 +24,9 @@ void Row(const std::string &name, const std::string &yardstick, pbInt channels, 
 }
 
 const bool registered = [] {
-    const auto samples = [](pcm::PacketQueue &queue, std::vector<float> &dest, pbInt) { queue.GatherSamples(dest); };
-    const auto add = [](pcm::PacketQueue &queue, std::vector<float> &dest, pbInt) { queue.GatherSamplesAdd(dest); };
-    const auto packets = [](pcm::PacketQueue &queue, std::vector<float> &, pbInt frames) {
+    const auto samples = [](pcm::PacketQueue &queue, Array<float> &dest, pbInt) { queue.GatherSamples(dest); };
+    const auto add = [](pcm::PacketQueue &queue, Array<float> &dest, pbInt) { queue.GatherSamplesAdd(dest); };
+    const auto packets = [](pcm::PacketQueue &queue, Array<float> &, pbInt frames) {
         benchmark::DoNotOptimize(queue.Gather(frames).Get());
     };
     const std::string moved = Memcpy(441 * 8, 441 * 8);
@@ -43,7 +43,7 @@ const bool registered = [] {
         pcm::PacketQueue queue(2);
         for (int i = 0; i < 100000; ++i)
             queue.Write(pkt);
-        std::vector<float> dest(2);
+        Array<float> dest(2);
         for (auto _ : state) {
             queue.Write(pkt);
             queue.GatherSamples(dest);

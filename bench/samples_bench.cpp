@@ -15,7 +15,7 @@ constexpr std::size_t kSizes[] = {160, 960, 65536};
 template <class Job> void Row(const std::string &name, std::size_t samples, const std::string &yardstick, Job job)
 {
     AddRow(name, yardstick, [samples, job](benchmark::State &state) {
-        std::vector<float> dest(samples), source = Noise(samples);
+        Array<float> dest(samples), source = Noise(samples);
         for (auto _ : state) {
             job(dest.data(), source.data(), static_cast<pbInt>(samples));
             benchmark::ClobberMemory();
@@ -35,7 +35,7 @@ const bool registered = [] {
         const auto frames = static_cast<pbInt>(samples);
         AddRow("samples/channel copy, 1 into 2" + size, Memcpy(12 * samples, 8 * samples),
                [=](benchmark::State &state) {
-                   std::vector<float> dest(2 * samples), source = Noise(samples);
+                   Array<float> dest(2 * samples), source = Noise(samples);
                    for (auto _ : state) {
                        pcm___SamplesChannelCopy(dest.data(), 1, 2, source.data(), 0, 1, frames);
                        benchmark::ClobberMemory();
@@ -43,7 +43,7 @@ const bool registered = [] {
                });
         AddRow("samples/channel copy, 1 out of 6" + size, Memcpy(24 * samples, 4 * samples),
                [=](benchmark::State &state) {
-                   std::vector<float> dest(samples), source = Noise(6 * samples);
+                   Array<float> dest(samples), source = Noise(6 * samples);
                    for (auto _ : state) {
                        pcm___SamplesChannelCopy(dest.data(), 0, 1, source.data(), 4, 6, frames);
                        benchmark::ClobberMemory();
