@@ -70,7 +70,7 @@ struct Stretch {
     pbInt milliseconds;
 };
 
-/// What is to be heard: stretches over and over, or once and silence after them.
+/// What is heard: stretches, repeated, or once with silence after them.
 struct Programme {
     std::vector<Stretch> stretches;
     bool again = true;

@@ -53,3 +53,5 @@ fenced docs/guide.md "$guide" cmake >"$work/CMakeLists.txt"
 commands docs/guide.md "$guide" | sed 's/^cc program/cd "$HOME" \&\& &/' | type_lines
 LD_LIBRARY_PATH=$work/pcm/lib "$work/build/program" | grep -qx '160 frames are 160 bytes'
 uninstall docs/guide.md "$guide" | uninstalled "$work/pcm"
+
+[ -n "$build" ] || commands README.md "Building everything" | type_lines

@@ -68,7 +68,7 @@ class Program {
 public:
     Program(int from, int to, std::string command) : from_(from), to_(to), command_(std::move(command)) {}
 
-    /// What the program makes of so many seconds of a signal: all of it, in the output's first channel.
+    /// What the program makes of some seconds of a signal: all of it, in the output's first channel.
     Signal Convert(const Signal &signal, int channels = 1) const
     {
         SndfileHandle("rate_quality.in.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels, from_)

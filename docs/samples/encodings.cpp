@@ -17,7 +17,7 @@ static void Decode()
     CHECK(law.Length() == 2 && same.Bytes()[0] == law.Bytes()[0]);
 }
 
-// Decodes 16-bit bytes into an array and returns the number of samples: as many as there are, or have room.
+// Decodes 16-bit bytes into an array, as many samples as there are and fit. Returns their number.
 static pbInt DecodeInto(std::span<float> samples, std::span<const std::byte> bytes)
 {
     return pcm::Convert(std::as_writable_bytes(samples), 0, bytes, PCM_ENCODING_INT_16);
