@@ -9,6 +9,8 @@
 #include <pb/pb_obj.h>
 
 #include <atomic>
+#include <cstring>
+#include <utility>
 
 namespace pcm {
 
@@ -86,10 +88,10 @@ private:
 /// the handle's reference to the object that was replaced, if any, for callers that still read there.
 template <class T, class Replace> Ref<T> MakePrivate(T **handle, Replace replace)
 {
-    auto shared = Ref<T>::Adopt(IsShared(AsObj(*handle)) ? *handle : nullptr);
-    if (shared.get())
-        *handle = replace(shared.get());
-    return shared;
+    if (!IsShared(AsObj(*handle)))
+        return Ref<T>::Adopt(nullptr);
+    T *const replacement = replace(*handle);
+    return Ref<T>::Adopt(std::exchange(*handle, replacement));
 }
 
 /// Puts a new object into the handle and gives up the one that it held.
@@ -114,10 +116,12 @@ template <class T> void ReleaseAndMark(T **field)
     *field = reinterpret_cast<T *>(UINTPTR_MAX);
 }
 
-/// A new object of a sort, its own fields still to be set.
+/// A new object of a sort. Its own fields are zero, so that it can be destroyed before they are set.
 template <class T> Ref<T> CreateObject(const PB_SORT &sort)
 {
-    return Ref<T>::Adopt(reinterpret_cast<T *>(pb___ObjCreate(sizeof(T), &sort)));
+    PB_OBJ *const obj = pb___ObjCreate(sizeof(T), &sort);
+    std::memset(obj + 1, 0, sizeof(T) - sizeof(PB_OBJ));
+    return Ref<T>::Adopt(reinterpret_cast<T *>(obj));
 }
 
 /// The descriptor of a sort of this module.

@@ -66,9 +66,8 @@ Ref<PCM_PACKET> EndPacket(PCM_PACKET_QUEUE *queue)
 /// Takes the rest of the current packet. Samples are copied only where the packet is shared and was read in part.
 PCM_PACKET *TakePacket(PCM_PACKET_QUEUE *queue)
 {
-    const pbInt used = queue->currentPacketUsed;
+    pcmPacketDelLeading(&queue->currentPacket, queue->currentPacketUsed);
     auto pkt = EndPacket(queue);
-    pcmPacketDelLeading(pkt.Handle(), used);
     queue->frames -= pcmPacketFrames(pkt.get());
     return pkt.Detach();
 }
@@ -172,8 +171,8 @@ void pcmPacketQueueWrite(PCM_PACKET_QUEUE **queue, PCM_PACKET *pkt)
     PB_ASSERT(PB_INT_ADD_OK( (*queue)->frames, length ));
 
     pcm::MakePrivate(queue, pcmPacketQueueCreateFrom);
-    (*queue)->frames += length;
     pbVectorAppendObj(&(*queue)->packetsVector, pcmPacketObj(pkt));
+    (*queue)->frames += length;
 }
 
 PCM_PACKET *pcmPacketQueueRead(PCM_PACKET_QUEUE **queue)
