@@ -8,7 +8,7 @@ void Drive(Random &random);
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     testing::InitGoogleTest(argc, *argv);
-    testing::GTEST_FLAG(throw_on_failure) = true; // nobody catches
+    testing::GTEST_FLAG(throw_on_failure) = true; // which nothing catches
     pcmModule()->startup();
     return 0;
 }

@@ -1,4 +1,4 @@
-// One of the models of the tests, PCM_MODEL, in the hands of the input.
+// One of the models of the tests, PCM_MODEL, driven by the input.
 #include "../tests/models/conversion_model.h"
 #include "../tests/models/filter_model.h"
 #include "../tests/models/packet_model.h"

@@ -1,6 +1,6 @@
-// Every operation with wild numbers and with objects missing, one call after another. It succeeds, or it ends the
-// process with the text of a check before it has changed a packet; anything else is a fault. The process does not
-// really end: this program's own pb___Abort jumps back, and what the call held by then stays behind.
+// Every operation with numbers of any size and with objects missing, one call after another. A call succeeds, or ends
+// the process with the text of a check before it has changed a packet; anything else is a fault. The process does not
+// really end: this program's own pb___Abort jumps back, and what the call held by then is not released.
 #include "../tests/operations.h"
 
 #include <algorithm>
@@ -92,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
                                                         : Any(random, subjects, argument);
             small &= argument.kind != Argument::Int || static_cast<pbInt>(words[i]) <= 13;
         }
-        for (std::size_t i = 0; i < words.size(); ++i) // what is too much for an array must be refused
+        for (std::size_t i = 0; i < words.size(); ++i) // more than an array holds must be refused
             if (!small && operation.arguments[i].kind == Argument::Array)
                 words[i] = 0;
         calling = true;

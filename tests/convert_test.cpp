@@ -86,8 +86,8 @@ void CheckCodecs(const std::vector<uint32_t> &patterns, std::initializer_list<PC
             }
 }
 
-/// First every 16-bit value with its neighbours, and every first 16 bits: every exponent with every beginning of a
-/// mantissa. Then of all 2^32 patterns every 4093rd, or as many as PCM_TEST_STRIDE says: with 1, which takes long, all.
+/// First every 16-bit value with its neighbours, and every pattern of the upper 16 bits: every exponent with every
+/// beginning of a mantissa. Then one in PCM_TEST_STRIDE of all 2^32 patterns, by default 4093; 1 takes long.
 TEST(Convert, EveryCodecAgreesWithThePlainDefinition)
 {
     std::vector<uint32_t> patterns;

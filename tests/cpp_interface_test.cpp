@@ -1,4 +1,4 @@
-// pcm.hpp: what its handles do with references, for every type of handle, and what is more than a call handed on.
+// pcm.hpp: what its handles do with references, for every type of handle, and what is more than forwarding.
 #include "support.h"
 
 #include <tuple>

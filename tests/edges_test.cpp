@@ -9,19 +9,19 @@ namespace {
 
 constexpr pbInt kMost = 130;
 
-/// Bytes between two pages that nobody may touch.
+/// Bytes between two inaccessible pages.
 struct Guarded {
     Guarded() { EXPECT_EQ(mprotect(pages + kPage, kPage, PROT_READ | PROT_WRITE), 0); }
     ~Guarded() { munmap(pages, 3 * kPage); }
 
-    /// Room for elements so far behind the first page, or so far before the last.
+    /// Room for elements, `distance` behind the first page or before the last.
     template <class T> T *Room(bool atEnd, pbInt elements, pbInt distance) const
     {
         T *const start = reinterpret_cast<T *>(pages + kPage);
         return atEnd ? start + kPage / sizeof(T) - distance - elements : start + distance;
     }
 
-    static constexpr pbInt kPage = 65536; // of every kind of machine
+    static constexpr pbInt kPage = 65536; // at least a page of memory on every machine
     uint8_t *const pages =
         static_cast<uint8_t *>(mmap(nullptr, 3 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
 };

@@ -5,7 +5,7 @@
 #include <dlfcn.h>
 #include <sys/resource.h>
 
-// Memory that cannot be had is the runtime's to report, also under the sanitizer. A small process forks soon.
+// The runtime reports failed allocations, also under the sanitizer. A small quarantine makes forks fast.
 extern "C" const char *__asan_default_options()
 {
     return "allocator_may_return_null=1:quarantine_size_mb=8";
@@ -46,7 +46,7 @@ class FindsLeaks : public testing::EmptyTestEventListener {
 int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    const rlimit noCore = {0, 0}; // ended processes are what many tests expect
+    const rlimit noCore = {0, 0}; // many tests expect that a process ends
     setrlimit(RLIMIT_CORE, &noCore);
     std::signal(SIGABRT, WriteCoverage); // abort() ends the process when it returns
     testing::UnitTest::GetInstance()->listeners().Append(new FindsLeaks);

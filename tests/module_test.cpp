@@ -6,7 +6,7 @@
 
 static const char *pretendThisIsDefined = nullptr;
 
-// The library's calls to the runtime can be taken by another: here, by this program, before the runtime's own.
+// This program defines functions of the runtime itself, which the library then calls instead.
 pbBool pbFlagsetHasFlagCstr(PB_FLAGSET *flags, const char *name, pbInt length)
 {
     return (pretendThisIsDefined && std::strcmp(name, pretendThisIsDefined) == 0) ||

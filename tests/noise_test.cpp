@@ -21,7 +21,7 @@ pbInt DictatedOr(pbInt own)
 
 } // namespace
 
-// These stand before the runtime's own, for the library too.
+// The library calls these instead of the runtime's own.
 extern "C" pbInt pbRandomInt()
 {
     return DictatedOr(Runtime<decltype(pbRandomInt)>("pbRandomInt")());

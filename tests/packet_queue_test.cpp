@@ -1,9 +1,9 @@
-// Packet queues at length: what an endless stream needs. What they do is in the model.
+// Packet queues in an endless stream. What they return is checked by the model.
 #include "support.h"
 
 #include <malloc.h>
 
-// The allocator is asked: an account kept beside the memory would not tell a block that is counted and not freed.
+// The allocator is asked: the runtime's account would not show a block that is counted but not freed.
 TEST(PacketQueue, AStreamNeedsNoMoreMemoryThanWhatWaits)
 {
     auto queue = pcm::PacketQueue(2);

@@ -9,20 +9,20 @@ namespace {
 
 constexpr pbInt kMost = INT64_MAX;
 
-/// What others do while the library copies a packet, once.
+/// What another holder does while the library copies a packet, once.
 std::function<void()> meanwhile;
 
-/// What the library last told an account: how many of which size.
+/// What the library last reported to an account: how many of which size.
 std::pair<pbInt, pbInt> account;
 
-// Slots of memory, while there are any. Each block of frames ends a slot, right before pages that nobody may touch.
+// Slots of memory, while there are any. Each block of frames ends a slot, right before inaccessible pages.
 constexpr std::size_t kSlots = 8, kSlot = 1 << 18, kRoom = kSlot - 65536; // whatever the size of a page
 char *slots = nullptr;
 unsigned usedSlots = 0;
 
 } // namespace
 
-// These stand before the runtime's own, for the library too.
+// The library calls these instead of the runtime's own.
 extern "C" void pbMemFree(void *block)
 {
     const std::size_t at = reinterpret_cast<uintptr_t>(block) - reinterpret_cast<uintptr_t>(slots);

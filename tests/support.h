@@ -34,8 +34,8 @@ inline testing::Matcher<const std::string &> AbortLine(const std::string &file, 
     return testing::ContainsRegex("(^|\n)" + file + ":[0-9]+: " + quoted + "\n");
 }
 
-/// A function of the runtime, for tests that put their own before it. Such a function stands for the library's calls,
-/// while the runtime's calls of itself go their own way.
+/// A function of the runtime, for tests that define one of the same name. The library then calls the test's, while the
+/// runtime's own calls stay inside it.
 template <class Function> Function *Runtime(const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
@@ -78,7 +78,7 @@ inline std::pair<pbInt, pbInt> Alive()
 /// The blocks that pbMemAllocN has made so far: packet_test.cpp counts its calls.
 extern pbInt allocatedBlocks;
 
-/// The bits of samples, so that -0.0, NaN and their kin are compared as what they are.
+/// The bits of samples, by which -0.0 differs from 0.0, and NaN equals NaN.
 inline std::vector<uint32_t> BitsOf(const Samples &samples)
 {
     std::vector<uint32_t> bits;
@@ -87,7 +87,7 @@ inline std::vector<uint32_t> BitsOf(const Samples &samples)
     return bits;
 }
 
-/// Equal bits, or NaN and NaN: which of its quiet patterns arithmetic gives a NaN is the processor's affair.
+/// Equal bits, or both NaN: which NaN pattern arithmetic gives is unspecified.
 inline testing::AssertionResult Same(const Samples &actual, const Samples &expected)
 {
     if (actual.size() != expected.size())
@@ -99,8 +99,8 @@ inline testing::AssertionResult Same(const Samples &actual, const Samples &expec
     return testing::AssertionSuccess();
 }
 
-/// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it. Or the input is what
-/// somebody else chooses: bytes, and zeros behind them.
+/// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it. Or the input is given:
+/// bytes, and zeros behind them.
 class Random {
 public:
     explicit Random(uint64_t seed = NextSeed()) : engine_(seed)
@@ -126,7 +126,7 @@ public:
         return given_ ? static_cast<float>(From(-128, 127)) / 128
                       : std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine_);
     }
-    /// A sample that is no ordinary one: an edge, tiny, huge, or any bits at all.
+    /// A special sample: a limit, tiny, huge, or any bits at all.
     PCM_SAMPLE Odd()
     {
         constexpr uint32_t edges[] = {0x00000000, 0x80000000, 0x7F800000, 0xFF800000, 0x7FC00000, 0xFFC12345,
@@ -145,7 +145,7 @@ public:
             samples.push_back(Sample());
         return samples;
     }
-    /// Samples of which every sixth or so is odd.
+    /// Samples of which about every sixth is special.
     Samples OddRun(pbInt count)
     {
         Samples samples = Run(count);

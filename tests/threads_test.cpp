@@ -5,7 +5,7 @@
 #include <tuple>
 
 // Each thread copies, reads and changes a packet, a queue, a filter and its set, then gives up its references in no
-// order with the others: whoever comes last destroys them.
+// order with the others: the last one destroys them.
 TEST(Threads, ShareEverythingUntilTheLastRelease)
 {
     constexpr unsigned kThreads = 8;

@@ -1,4 +1,4 @@
-// Tones, alone, two at once and one shaping another: what anyone can look up. How they go on is in the model.
+// Tones, dual tones and modulated tones: published values. How they go on is checked by the model.
 #include "models/tone_model.h"
 
 TEST(Tone, SamplesOfACycleAreWhatAnyoneCanLookUp)

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <malloc.h>
 
-/// What the flags of an encoding say, without the library. In each group the lowest flag counts.
+/// What the flags of an encoding say, without the library. In each group the lowest flag wins.
 struct Plain {
     pbInt type, bytes, container, offset;
     bool isUnsigned, big;

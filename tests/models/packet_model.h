@@ -1,15 +1,16 @@
 // Packets in several hands, edited at random.
 //
-// The state is what each hand should hold: samples and a number of channels. After every step each packet has exactly
-// those, and each object is held by as many hands as its count says: so nobody's packet changes by what another does.
-// Few short packets of few channels in few hands meet every way of sharing, every place and every length of an edit,
-// also of a packet with itself, within some thousand steps. Now and then one is long or wide, for the loops of vectors.
+// State: for each hand (a handle of the test's) the samples and the number of channels of its packet. Invariant: after
+// every step each packet has exactly these, and its count is the number of hands that hold it, so no packet is changed
+// through another's hand. A few short packets of few channels in few hands meet every way of sharing, every place and
+// every length of an edit, also of a packet with itself, within some thousand steps. Some are long or wide, for the
+// loops of vectors.
 #pragma once
 
 #include "packet_reshapes.h"
 
 // clang-format off
-/// What an edit may be told.
+/// The arguments of an edit.
 struct EditArguments { PCM_PACKET **pkt; pbInt idx; PCM_PACKET *source; pbInt offset, frames; };
 
 // The verbs, each with all its words; the place is e.idx, or nothing where the verb says it.

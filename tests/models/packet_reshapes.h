@@ -1,4 +1,4 @@
-// What becomes of all the channels, frames and samples of a packet, by plain definitions.
+// The operations on all channels, frames and samples of a packet, by plain definitions.
 //
 // A definition says for each sample of the result what it is, one sample after another. The operations lay frames out
 // by other loops for nearly every number of channels and frames, so the same few lines are compared at many sizes.
@@ -45,7 +45,7 @@ inline Shape Mixed(const Shape &from, pbInt channels, pbInt kept, double gain)
     return Made(channels, from.Frames(), [&](pbInt f, pbInt c) { return c < kept ? from(f, c) : sums(f, 0); });
 }
 
-/// A packet of whole frames, in a block of exactly so many.
+/// A packet of whole frames, in a block of exactly their size.
 inline pcm::Packet Using(std::span<const PCM_SAMPLE> samples, pbInt channels)
 {
     const pbInt frames = std::ssize(samples) / channels;
@@ -54,10 +54,10 @@ inline pcm::Packet Using(std::span<const PCM_SAMPLE> samples, pbInt channels)
     return pcm::Packet::CreateFromSamplesUse(block, channels, frames);
 }
 
-/// An operation on all of a packet, which takes a number.
+/// An operation on all of a packet, with a number as its argument.
 struct Reshape {
     const char *name;
-    bool inPlace;     ///< the object stays where nobody else holds it
+    bool inPlace;     ///< the object stays where it is private
     bool leaves;      ///< nothing is done where the channels and the frames stay
     pbInt least;      ///< of the numbers that it takes
     uint64_t numbers; ///< how many those are; none where they are masks of channels

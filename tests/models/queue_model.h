@@ -2,10 +2,9 @@
 //
 // State: handles of queues, of which some are one queue, some share packets or the list of them, and some share
 // nothing; and packets that the test holds as well. Invariant: a queue holds what its list says, whatever is done to
-// another; a packet comes out as the very object that was written unless frames of it are gone and somebody else holds
-// it; and nobody's packet ever changes. Most faults of queues need a certain sharing while a read begins, ends or
-// crosses a packet: too many cases to write down, but random steps soon meet each, and every step is followed by a look
-// at all.
+// another; a packet comes out as the object that was written, unless it was read in part and has other holders; and
+// no packet that the test holds ever changes. Most faults of queues need a certain sharing while a read begins, ends or
+// crosses a packet: too many cases to write down, but random steps soon meet each, and every step checks them all.
 #pragma once
 
 #include "../support.h"
@@ -120,7 +119,7 @@ private:
         ASSERT_EQ(SamplesOf(pkt.Get()), expected);
         ExpectSound(pkt.Get());
         ASSERT_TRUE(frames != rest || copied == (pkt.Get() != front.object));
-        if (frames && random_.OneIn(2)) // whoever else holds it keeps what he has
+        if (frames && random_.OneIn(2)) // other holders keep their samples
             pkt.MutableSamples()[0] = 2.0f;
     }
 

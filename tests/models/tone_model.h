@@ -1,7 +1,7 @@
 // Tones in several hands, alone and in pairs, beside the waves that they are.
 //
 // State: three tones, and beside each a wave with its place in the cycle. Invariant: a gather gives the next samples of
-// the waves, bit for bit, and moves no tone but those that it is given. Random steps find faults because counts around
+// the waves, bit for bit, and advances no other tone. Random steps find faults because counts around
 // the lengths of runs, ends of cycles and one tone in both places come together in all ways.
 #pragma once
 
