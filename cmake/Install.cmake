@@ -7,14 +7,14 @@ set(PCM_REQUIRES "pb")
 set(PB_DESCRIPTION "The base runtime of pcm: objects, memory and containers")
 set(PB_REQUIRES "")
 
-# Where the prefix lies as seen from the files that tell of it.
+# The prefix, relative to the files that name it.
 file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 
-# Has the build tree link with the very RUNPATH that is installed. Otherwise CMake reserves space for the installed one
-# with empty entries, and an empty entry stands for the current directory.
+# Links the build tree with the RUNPATH that is installed. Otherwise CMake reserves space for it with empty entries, and
+# an empty entry stands for the current directory.
 function(set_runpath target)
     set_target_properties(${target} PROPERTIES INSTALL_RPATH "${ARGN}")
     if(NOT CMAKE_SKIP_INSTALL_RPATH)

@@ -373,7 +373,7 @@ pcm::Encoding AudioReader::Encoding() const
 
 pcm::Packet AudioReader::Read(pbInt frames)
 {
-    // What libsndfile has to decode comes as native floats, which is what no flag at all stands for.
+    // What libsndfile decodes are native floats, the encoding 0.
     const pcm::Encoding encoding = plain_ ? plain_->encoding : pcm::Encoding();
     const pbInt frameSize = encoding.SizeofFrame(Channels());
     void *block = pbMemAllocN(frames, frameSize);

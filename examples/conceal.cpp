@@ -17,12 +17,12 @@ constexpr char kUsage[] =
     "with silence in their place. OUTPUT ends in .wav, .au or .raw. An INPUT or OUTPUT of - is standard\n"
     "input or output.\n";
 
-/// Makes a signal without gaps of packets that arrive in their order, though not all of them.
+/// Makes a signal without gaps of packets that arrive in order, some of them missing.
 struct Receiver {
     pcm::PacketQueue queue;
-    pbInt end = 0; ///< in the whole signal, of what the queue holds or held
+    pbInt end = 0; ///< the frame of the whole signal at which the queue ends
 
-    /// @param position  in the whole signal, of the packet's first frame
+    /// @param position  the packet's first frame in the whole signal
     void Arrived(pbInt position, const pcm::Packet &pkt)
     {
         pcm::Packet silence(queue.Channels());
@@ -40,7 +40,7 @@ void Conceal(double percent, const std::string &input, const std::string &output
     const SampleFormat &format = UsualFormat(container, reader.Encoding());
     AudioWriter writer(output, container, format, reader.Rate(), reader.Channels(), reader.Speakers());
     Receiver receiver{pcm::PacketQueue(reader.Channels())};
-    std::mt19937 engine; // of one seed
+    std::mt19937 engine; // the same seed in every run
     pbInt sent = 0, lost = 0, position = 0;
     const pbInt block = std::max<pbInt>(reader.Rate() / 50, 1);
     for (auto pkt = reader.Read(block); pkt; pkt = reader.Read(block), ++sent) {

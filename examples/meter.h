@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <string>
 
-/// Peak and root mean square of what it has been shown.
+/// Peak and root mean square of the packets added.
 class Meter {
 public:
     void Add(const pcm::Packet &pkt)

@@ -1,5 +1,4 @@
-// The command line of a program, for bridge, tones and transcode: a table of options from which the arguments are read
-// and the help is printed.
+// The command line of a program: a table of options, by which the arguments are read and the help is printed.
 #pragma once
 
 #include "audio_file.h"
@@ -28,7 +27,7 @@ struct ProgramText {
     std::string name, usage, encoding = "";
 };
 
-/// What a program is told about its output.
+/// The options of the output.
 struct OutputOptions {
     std::string output;
     std::optional<int> container;         ///< nothing: what the name of the output says
@@ -124,7 +123,7 @@ inline std::optional<std::vector<std::string>> WordsOf(const ProgramText &progra
     return WordsOf(program, std::move(options), arguments);
 }
 
-/// @return the number that an option was given; throws Failure when it is none, or out of range
+/// @return the number given to an option; throws Failure when it is not a number or out of range
 inline pbReal NumberOf(const std::string &option, const std::string &text, pbReal low, pbReal high)
 {
     char *end = nullptr;
@@ -148,7 +147,7 @@ inline pbInt CountOf(const std::string &option, std::string_view text, pbInt low
     return count;
 }
 
-/// Says on standard error when few programs will read the output.
+/// Warns on standard error when few programs will read the output.
 inline void Warn(const ProgramText &program, int container, const SampleFormat &format)
 {
     if (container == SF_FORMAT_WAV && format.encoding & PCM_ENCODING_BIG_ENDIAN)

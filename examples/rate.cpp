@@ -1,14 +1,14 @@
-// The change of frame rate. Shows how FIR filters of the library do it where whole factors lead from one rate to
-// another, and how a resampler from elsewhere, here soxr, does it on packets between all other rates.
+// The change of frame rate. Shows how the library's FIR filters change it by whole factors, and how a resampler of
+// another library, here soxr, changes it between all other rates.
 //
 // Down: the low-pass removes what the lower rate cannot hold, then every div-th frame stays. Up: mult - 1 frames of
 // silence go after every frame, the low-pass removes the images of the signal that this makes, and a gain of mult
 // restores the level, which was spread over mult frames.
 //
 // A filter of L taps delays by (L - 1) / 2 frames. To make up for it a step drops the first frames that come out of the
-// filter, and feeds as many frames of silence after the last. L is even, so half a frame is left over; of two steps the
-// first drops half a frame too many and the second half a frame too few. Output and input are then at most half a frame
-// of the higher rate apart, and not at all where the two filters work at the same rate.
+// filter, and feeds the same number of frames of silence after the last. L is even, so half a frame is left over; of
+// two steps the first drops half a frame too many and the second half a frame too few. Output and input are then at
+// most half a frame of the higher rate apart, and not at all where the two filters work at the same rate.
 //
 // A filter clamps to full scale, so a step lowers the level before it and raises it after it.
 #include "rate_filters.h"
@@ -58,7 +58,7 @@ std::vector<Step> StepsBetween(pbInt from, pbInt to)
 
 class FilterStage : public Stream {
 public:
-    /// late: 0 takes half a frame too much of the delay out, 1 half a frame too little.
+    /// late: 0 removes half a frame too much of the delay, 1 half a frame too little.
     FilterStage(StreamPtr input, const Step &step, pbInt late)
         : Stream(input->Channels(), step.to), input_(std::move(input)), mult_(std::max(step.to / step.from, pbInt{1})),
           div_(std::max(step.from / step.to, pbInt{1})),
@@ -92,7 +92,7 @@ private:
             if (mult_ > 1)
                 pkt.FramesExtend(mult_);
             fed_ += pkt.Frames();
-        } else { // the delay's frames, and as many more as the last group lacks, so that no frame of input is lost
+        } else { // silence for the delay, and to complete the last group of frames
             ended_ = true;
             pkt = pcm::Packet(Channels());
             pkt.AppendZero(delay_ + (div_ - fed_ % div_) % div_);

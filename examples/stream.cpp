@@ -1,5 +1,5 @@
-// The stages of stream.h but for the change of the frame rate. Shows the operations on packets that do the work of
-// each: deleting frames, changing level and channels, silence, and a queue that cuts a stream into equal blocks.
+// The stages of stream.h, except the change of the frame rate. Shows the operations that each needs: deleting frames,
+// changing the level and the channels, silence, and a queue that cuts a stream into equal blocks.
 #include "stream.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ private:
     AudioReader &reader_;
 };
 
-/// What changes packets on their way, and is like its input unless it says otherwise.
+/// A stage that changes packets; channels and rate are those of its input unless it says otherwise.
 class Stage : public Stream {
 protected:
     explicit Stage(StreamPtr input) : Stream(input->Channels(), input->Rate()), input_(std::move(input)) {}

@@ -1,7 +1,7 @@
-// Transcode: makes an audio file of another one: in another encoding, at another level or frame rate, with other
-// channels, of a part of it. Shows a whole pipeline: libsndfile reads the bytes of the samples, the library decodes
-// them into packets of 20 ms, the stages of stream.h change these one after another, the library encodes them again,
-// and libsndfile writes the bytes into the new file.
+// Transcode: converts an audio file, or a part of it, to another encoding, level, frame rate or number of channels.
+// Shows a whole pipeline: libsndfile reads the bytes of the samples, the library decodes them into packets of 20 ms,
+// the stages of stream.h change these one after another, the library encodes them again, and libsndfile writes the
+// bytes into the new file.
 #include "audio_file.h"
 #include "meter.h"
 #include "options.h"
@@ -22,7 +22,7 @@ namespace {
 
 const ProgramText kText = {"pcm-transcode",
                            "Usage: pcm-transcode [OPTION]... INPUT OUTPUT\n"
-                           "Makes an audio file of INPUT, which is any file that libsndfile reads.\n",
+                           "Converts an audio file. INPUT is any file that libsndfile reads.\n",
                            "as INPUT does, as far as OUTPUT can"};
 
 struct Options : OutputOptions {
@@ -122,7 +122,7 @@ double ProcessorSeconds()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-/// A stream that shows a meter what passes.
+/// A stream whose packets are measured.
 class Metered : public Stream {
 public:
     Metered(StreamPtr input, Meter &meter)

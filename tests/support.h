@@ -78,7 +78,7 @@ inline std::pair<pbInt, pbInt> Alive()
 /// The blocks that pbMemAllocN has made so far: packet_test.cpp counts its calls.
 extern pbInt allocatedBlocks;
 
-/// The bits of samples, by which -0.0 differs from 0.0, and NaN equals NaN.
+/// The bits of samples, by which -0.0 differs from 0.0, and a NaN equals itself.
 inline std::vector<uint32_t> BitsOf(const Samples &samples)
 {
     std::vector<uint32_t> bits;

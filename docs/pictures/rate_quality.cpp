@@ -43,7 +43,7 @@ std::complex<double> Phasor(double hertz, double rate, std::size_t i)
     return std::polar(1.0, 2 * M_PI * hertz * static_cast<double>(i) / rate);
 }
 
-/// Of a signal of whole seconds takes a tone of a whole number of Hz away. @return its amplitude
+/// Removes a tone of a whole number of Hz from a signal of whole seconds. @return its amplitude
 double Remove(Signal &signal, double hertz, double rate)
 {
     std::complex<double> sum;
@@ -68,7 +68,7 @@ class Program {
 public:
     Program(int from, int to, std::string command) : from_(from), to_(to), command_(std::move(command)) {}
 
-    /// What the program makes of some seconds of a signal: all of it, in the output's first channel.
+    /// The first channel of what the program makes of a signal.
     Signal Convert(const Signal &signal, int channels = 1) const
     {
         SndfileHandle("rate_quality.in.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels, from_)
@@ -83,7 +83,7 @@ public:
         return out;
     }
 
-    /// What it makes of the tones: two seconds from the middle of four.
+    /// The same of tones: two seconds from the middle of four.
     Signal ConvertTones(const std::vector<double> &tones) const
     {
         Signal signal(static_cast<std::size_t>(4 * from_));
