@@ -68,7 +68,7 @@ class Program {
 public:
     Program(int from, int to, std::string command) : from_(from), to_(to), command_(std::move(command)) {}
 
-    /// The first channel of what the program makes of a signal.
+    /// What the program makes of a signal.
     Signal Convert(const Signal &signal, int channels = 1) const
     {
         SndfileHandle("rate_quality.in.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels, from_)
