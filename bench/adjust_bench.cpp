@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr pbInt kFrames[] = {960, 65520};
+constexpr pbInt kFrames[] = {160, 960, 65520};
 
 template <class Job>
 void Row(const std::string &name, pbInt channels, pbInt frames, pbInt destChannels, pbInt destFrames, Job job)
@@ -38,7 +38,8 @@ const bool registered = [] {
                 const std::string what = " by " + std::to_string(factor) + ", channels " + std::to_string(channels);
                 Row("frames/extend" + what, channels, frames, channels, frames * factor,
                     [factor](pcm::Packet &pkt) { pkt.FramesExtend(factor); });
-                Row("frames/reduce" + what, channels, frames, channels, frames / factor,
+                const pbInt whole = frames - frames % factor;
+                Row("frames/reduce" + what, channels, whole, channels, whole / factor,
                     [factor](pcm::Packet &pkt) { pkt.FramesReduce(factor); });
             }
     }

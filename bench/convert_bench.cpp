@@ -3,7 +3,9 @@
 
 #include <pcm/pcm.hpp>
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #ifdef PCM_BENCH_VOLK
 #include <volk/volk.h>
@@ -11,15 +13,22 @@
 #ifdef PCM_BENCH_SNDFILE
 #include <sndfile.h>
 #endif
+#ifdef PCM_BENCH_FFMPEG
+extern "C" {
+#include <libavutil/channel_layout.h>
+#include <libswresample/swresample.h>
+}
+#endif
 
 namespace {
 
 constexpr std::size_t kSizes[] = {160, 960, 65536, 16777216}; // samples; the last is 64 MiB of floats
 
-const struct {
-    const char *name;
+struct Encoding {
+    std::string_view name;
     PCM_ENCODING encoding;
-} kEncodings[] = {
+};
+constexpr Encoding kEncodings[] = {
     {"s8", PCM_ENCODING_INT_8},
     {"u8", PCM_ENCODING_INT_8 | PCM_ENCODING_UNSIGNED},
     {"s16le", PCM_ENCODING_INT_16},
@@ -38,12 +47,17 @@ const struct {
     {"mulaw", PCM_ENCODING_G711_MULAW},
 };
 
+[[maybe_unused]] PCM_ENCODING EncodingOf(std::string_view name)
+{
+    return std::ranges::find(kEncodings, name, &Encoding::name)->encoding;
+}
+
 std::size_t SizeOf(PCM_ENCODING encoding)
 {
     return static_cast<std::size_t>(pcmEncodingSizeofSample(encoding));
 }
 
-std::string Name(const char *what, const char *encoding, std::size_t samples)
+std::string Name(const char *what, std::string_view encoding, std::size_t samples)
 {
     return std::string(what).append("/").append(encoding).append("/").append(std::to_string(samples));
 }
@@ -124,6 +138,38 @@ void SndfileRows(const char *name, int format, PCM_ENCODING encoding, std::size_
 
 #endif
 
+#ifdef PCM_BENCH_FFMPEG
+
+/// libswresample where neither the rate nor the channels change.
+void SwresampleRows(const char *name, AVSampleFormat format, PCM_ENCODING encoding, std::size_t samples)
+{
+    for (const bool encode : {true, false}) {
+        const std::size_t in = encode ? 4 : SizeOf(encoding), out = encode ? SizeOf(encoding) : 4;
+        AddRow(Name(encode ? "swresample/encode" : "swresample/decode", name, samples),
+               Memcpy(in * samples, out * samples), [=](benchmark::State &state) {
+                   const Array<float> noise = Noise(samples);
+                   const auto count = static_cast<int>(samples);
+                   Array<std::uint8_t> source(in * samples), dest(out * samples);
+                   pcm___Convert(source.data(), encode ? 0 : encoding, noise.data(), 0, count);
+                   AVChannelLayout mono;
+                   av_channel_layout_default(&mono, 1);
+                   SwrContext *context = nullptr;
+                   swr_alloc_set_opts2(&context, &mono, encode ? format : AV_SAMPLE_FMT_FLT, 48000, &mono,
+                                       encode ? AV_SAMPLE_FMT_FLT : format, 48000, 0, nullptr);
+                   swr_init(context);
+                   const std::uint8_t *from = source.data();
+                   std::uint8_t *to = dest.data();
+                   for (auto _ : state) {
+                       swr_convert(context, &to, count, &from, count);
+                       benchmark::ClobberMemory();
+                   }
+                   swr_free(&context);
+               });
+    }
+}
+
+#endif
+
 #ifdef PCM_BENCH_VOLK
 
 template <class Job>
@@ -132,6 +178,7 @@ void VolkRow(const std::string &name, std::size_t in, std::size_t out, std::size
     AddRow(name, Memcpy(in * samples, out * samples), [=](benchmark::State &state) {
         Array<float> source = Noise(samples);
         Array<float> dest(samples);
+        job(dest.data(), source.data(), static_cast<unsigned>(samples)); // VOLK chooses its kernel in the first call
         for (auto _ : state) {
             job(dest.data(), source.data(), static_cast<unsigned>(samples));
             benchmark::ClobberMemory();
@@ -178,21 +225,47 @@ void VolkRows(std::size_t samples)
 
 #endif
 
-void PacketRows()
+void PacketRows(pbInt channels, pbInt frames)
 {
-    constexpr pbInt kChannels = 2, kFrames = 960;
-    constexpr std::size_t kSamples = kChannels * kFrames;
-    const std::string yardstick = Memcpy(2 * kSamples, 4 * kSamples);
-    AddRow("packet/encode/s16le/2x960", yardstick, [](benchmark::State &state) {
-        const pcm::Packet pkt(Noise(kSamples), kChannels);
+    const auto samples = static_cast<std::size_t>(channels * frames);
+    const std::string yardstick = Memcpy(2 * samples, 4 * samples),
+                      size = std::to_string(channels) + "x" + std::to_string(frames);
+    AddRow("packet/encode/s16le/" + size, yardstick, [=](benchmark::State &state) {
+        const pcm::Packet pkt(Noise(samples), channels);
         for (auto _ : state)
             benchmark::DoNotOptimize(pkt.Encode(PCM_ENCODING_INT_16).Get());
     });
-    AddRow("packet/decode/s16le/2x960", yardstick, [](benchmark::State &state) {
-        const auto bytes = pcm::Packet(Noise(kSamples), kChannels).Encode(PCM_ENCODING_INT_16);
+    AddRow("packet/decode/s16le/" + size, yardstick, [=](benchmark::State &state) {
+        const auto bytes = pcm::Packet(Noise(samples), channels).Encode(PCM_ENCODING_INT_16);
         for (auto _ : state)
-            benchmark::DoNotOptimize(pcm::Packet::TryDecode(bytes, PCM_ENCODING_INT_16, kChannels).Get());
+            benchmark::DoNotOptimize(pcm::Packet::TryDecode(bytes, PCM_ENCODING_INT_16, channels).Get());
     });
+}
+
+/// Other libraries, where they convert the same.
+void PeerRows([[maybe_unused]] std::size_t samples)
+{
+#ifdef PCM_BENCH_VOLK
+    VolkRows(samples);
+#endif
+#ifdef PCM_BENCH_SNDFILE
+    const std::pair<const char *, int> sndfile[] = {
+        {"s8", SF_FORMAT_PCM_S8},    {"u8", SF_FORMAT_PCM_U8},
+        {"s16le", SF_FORMAT_PCM_16}, {"s16be", SF_FORMAT_PCM_16 | SF_ENDIAN_BIG},
+        {"s24le", SF_FORMAT_PCM_24}, {"s24be", SF_FORMAT_PCM_24 | SF_ENDIAN_BIG},
+        {"s32le", SF_FORMAT_PCM_32}, {"s32be", SF_FORMAT_PCM_32 | SF_ENDIAN_BIG},
+        {"f32le", SF_FORMAT_FLOAT},  {"f32be", SF_FORMAT_FLOAT | SF_ENDIAN_BIG},
+        {"alaw", SF_FORMAT_ALAW},    {"mulaw", SF_FORMAT_ULAW},
+    };
+    for (const auto &[name, format] : sndfile)
+        SndfileRows(name, format, EncodingOf(name), samples);
+#endif
+#ifdef PCM_BENCH_FFMPEG
+    const std::pair<const char *, AVSampleFormat> swresample[] = {
+        {"u8", AV_SAMPLE_FMT_U8}, {"s16le", AV_SAMPLE_FMT_S16}, {"s32le", AV_SAMPLE_FMT_S32}};
+    for (const auto &[name, format] : swresample)
+        SwresampleRows(name, format, EncodingOf(name), samples);
+#endif
 }
 
 const bool registered = [] {
@@ -203,16 +276,10 @@ const bool registered = [] {
         }
         ConvertRow(Name("convert", "s16le-to-mulaw", samples), PCM_ENCODING_G711_MULAW, PCM_ENCODING_INT_16, samples);
         ConvertRow(Name("convert", "mulaw-to-s16le", samples), PCM_ENCODING_INT_16, PCM_ENCODING_G711_MULAW, samples);
-#ifdef PCM_BENCH_VOLK
-        VolkRows(samples);
-#endif
-#ifdef PCM_BENCH_SNDFILE
-        SndfileRows("alaw", SF_FORMAT_ALAW, PCM_ENCODING_G711_ALAW, samples);
-        SndfileRows("mulaw", SF_FORMAT_ULAW, PCM_ENCODING_G711_MULAW, samples);
-        SndfileRows("s24le", SF_FORMAT_PCM_24, PCM_ENCODING_INT_24, samples);
-#endif
+        PeerRows(samples);
     }
-    PacketRows();
+    PacketRows(1, 160);
+    PacketRows(2, 960);
     return true;
 }();
 

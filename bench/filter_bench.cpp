@@ -17,6 +17,9 @@
 #include <complex>
 #include <liquid/liquid.h>
 #endif
+#ifdef PCM_BENCH_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
 
 namespace {
 
@@ -148,7 +151,7 @@ void AddRows(PCM_FILTER_TYPE type, pbInt taps, pbInt channels, pbInt frames)
     });
 #ifdef PCM_BENCH_LIQUID
     if (channels == 1)
-        AddRow("liquid-dsp" + job, peak, [=](benchmark::State &state) {
+        AddRow("liquid-dsp/filter" + job, peak, [=](benchmark::State &state) {
             Array<float> source = Noise(samples), dest(samples);
             const pcm::FilterCoefficients set(type);
             std::vector<float> h(set.Taps().begin(), set.Taps().end());
@@ -160,13 +163,28 @@ void AddRows(PCM_FILTER_TYPE type, pbInt taps, pbInt channels, pbInt frames)
             firfilt_rrrf_destroy(filter);
         });
 #endif
+#ifdef PCM_BENCH_OPENCV
+    AddRow("opencv/filter" + job, peak, [=](benchmark::State &state) { // an image of one line; it keeps no history
+        Array<float> source = Noise(samples), dest(samples);
+        const pcm::FilterCoefficients set(type);
+        std::vector<float> h(set.Taps().begin(), set.Taps().end());
+        const cv::Mat row(1, static_cast<int>(taps), CV_32F, h.data());
+        const int columns = static_cast<int>(frames), format = CV_32FC(static_cast<int>(channels));
+        const cv::Mat from(1, columns, format, source.data());
+        cv::Mat to(1, columns, format, dest.data());
+        for (auto _ : state) {
+            cv::filter2D(from, to, -1, row);
+            benchmark::ClobberMemory();
+        }
+    });
+#endif
 }
 
 /// A telephone network's side of a studio recording: 48 kHz stereo bytes to 8 kHz mono mu-law bytes in packets of 20
 /// ms.
-void AddRoad()
+void AddPipeline()
 {
-    AddRow("road/48 kHz stereo s16le to 8 kHz mono mu-law/20 ms", "", [](benchmark::State &state) {
+    AddRow("pipeline/48 kHz stereo s16le to 8 kHz mono mu-law/20 ms", "", [](benchmark::State &state) {
         constexpr pbInt kFrames = 960;
         const pcm::Packet noise(Noise(2 * kFrames), 2);
         const pcm::Buffer bytes = noise.Encode(PCM_ENCODING_INT_16);
@@ -192,7 +210,7 @@ const bool registered = [] {
         }
     for (const pbInt channels : {3, 5, 6})
         AddRows(PCM_FILTER_TYPE_LOWPASS_4000_AT_48000, 48, channels, 960);
-    AddRoad();
+    AddPipeline();
     return true;
 }();
 

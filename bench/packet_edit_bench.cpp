@@ -48,6 +48,30 @@ void AddEdits(pbInt channels)
     });
 }
 
+/// Short packets are put together, beside a vector, which doubles its room as it grows.
+void AddAppend(pbInt frames)
+{
+    constexpr int kPackets = 6;
+    const std::string name = "packet/append 6/" + std::to_string(frames);
+    const auto pkt = NoisePacket(1, frames);
+    AddRow(name, Copying(kPackets * frames, kPackets * frames), [=](benchmark::State &state) {
+        for (auto _ : state) {
+            pcm::Packet all(1);
+            for (int i = 0; i < kPackets; ++i)
+                all.Append(pkt);
+            benchmark::DoNotOptimize(all.Samples().data());
+        }
+    });
+    AddRow("std::vector/" + name, Copying(kPackets * frames, kPackets * frames), [=](benchmark::State &state) {
+        for (auto _ : state) {
+            std::vector<float> all;
+            for (int i = 0; i < kPackets; ++i)
+                all.insert(all.end(), pkt.Samples().begin(), pkt.Samples().end());
+            benchmark::DoNotOptimize(all.data());
+        }
+    });
+}
+
 /// A job that makes a packet of one channel count out of another.
 template <class Job> void AddLayout(const std::string &what, pbInt from, pbInt to, pbInt frames, Job job)
 {
@@ -82,7 +106,9 @@ void Set(const pcm::Packet &source, pbInt to)
 const bool registered = [] {
     AddEdits(2);
     AddEdits(8);
-    for (const pbInt frames : {kFrames, 16 * kFrames}) {
+    AddAppend(160);
+    AddAppend(960);
+    for (const pbInt frames : {pbInt{160}, kFrames, 16 * kFrames}) {
         for (const auto &[from, to] : {std::pair{2, 1}, {6, 1}, {6, 2}, {8, 1}, {8, 2}, {8, 6}})
             AddLayout("select", from, to, frames, Select);
         for (const auto &[from, to] : {std::pair{1, 2}, {1, 6}, {2, 1}, {6, 1}, {6, 2}, {8, 1}, {8, 2}})

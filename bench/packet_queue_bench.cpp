@@ -3,6 +3,12 @@
 
 #include <pcm/pcm.hpp>
 
+#ifdef PCM_BENCH_FFMPEG
+extern "C" {
+#include <libavutil/audio_fifo.h>
+}
+#endif
+
 namespace {
 
 /// Writes packets of `in` frames and, whenever there are enough, reads `out` frames; an iteration is one packet in.
@@ -29,6 +35,25 @@ const bool registered = [] {
     const auto packets = [](pcm::PacketQueue &queue, Array<float> &, pbInt frames) {
         benchmark::DoNotOptimize(queue.Gather(frames).Get());
     };
+    for (const pbInt frames : {160, 960}) {
+        const auto bytes = static_cast<std::size_t>(frames * 8);
+        const std::string name = "queue/" + std::to_string(frames) + " in and out";
+        Row(name, Memcpy(bytes, bytes), 2, frames, frames, samples);
+#ifdef PCM_BENCH_FFMPEG
+        AddRow("avutil/" + name, Memcpy(bytes, bytes), [=](benchmark::State &state) { // it copies what is written, too
+            Array<float> source = Noise(bytes / 4), dest(bytes / 4);
+            void *in = source.data(), *out = dest.data();
+            const auto count = static_cast<int>(frames);
+            AVAudioFifo *fifo = av_audio_fifo_alloc(AV_SAMPLE_FMT_FLT, 2, count);
+            for (auto _ : state) {
+                av_audio_fifo_write(fifo, &in, count);
+                av_audio_fifo_read(fifo, &out, count);
+                benchmark::ClobberMemory();
+            }
+            av_audio_fifo_free(fifo);
+        });
+#endif
+    }
     const std::string moved = Memcpy(441 * 8, 441 * 8);
     Row("queue/441 in, 160 out into an array", moved, 2, 441, 160, samples);
     Row("queue/441 in, 160 out added to an array", moved, 2, 441, 160, add);

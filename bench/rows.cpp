@@ -54,11 +54,13 @@ public:
 
     void Finalize() override
     {
-        std::printf("%-52s %14s  %s\n", "row", "ns", "of its yardstick");
+        std::printf("%-52s %14s  %s\n", "row", "ns", "of its best peer and of its yardstick");
         for (const Row &row : Rows()) {
             if (!median_.count(row.name))
                 continue;
             std::printf("%-52s %14.1f", row.name.c_str(), median_[row.name]);
+            if (const std::string peer = BestPeer(row.name); !peer.empty())
+                std::printf("  %8.2f x %s", median_[row.name] / median_[peer], peer.substr(0, peer.find('/')).c_str());
             if (median_.count(row.yardstick))
                 std::printf("  %8.2f x %s", median_[row.name] / median_[row.yardstick], row.yardstick.c_str());
             if (realTime_.count(row.name))
@@ -68,6 +70,16 @@ public:
     }
 
 private:
+    /// The fastest of the rows that are named as this one, with another library before: volk/encode/s8/160.
+    std::string BestPeer(const std::string &row) const
+    {
+        std::string best;
+        for (const auto &[name, median] : median_)
+            if (name.ends_with("/" + row) && (best.empty() || median < median_.at(best)))
+                best = name;
+        return best;
+    }
+
     std::map<std::string, double> median_, realTime_;
 };
 

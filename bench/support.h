@@ -1,5 +1,6 @@
 // A benchmark row is a name, a yardstick and a body. The yardstick is the name of another row of the same run; the
-// program prints each row's time as a multiple of its yardstick's.
+// program prints each row's time as a multiple of its yardstick's, and of the fastest of its peers: rows of the same
+// name with another library before it, "volk/" or "sndfile/", that do the same work.
 #pragma once
 
 #include <benchmark/benchmark.h>
