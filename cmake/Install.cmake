@@ -64,5 +64,13 @@ endif()
 install(FILES docs/man/pcm.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
 if(PCM_BUILD_EXAMPLES)
     file(GLOB program_pages CONFIGURE_DEPENDS docs/man/*.1)
+    list(REMOVE_ITEM program_pages ${CMAKE_SOURCE_DIR}/docs/man/pcm-archive.1)
     install(FILES ${program_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT examples EXCLUDE_FROM_ALL)
+endif()
+
+if(PCM_BUILD_PYTHON)
+    install(DIRECTORY python/pcm_archive DESTINATION lib/python3/dist-packages COMPONENT archive EXCLUDE_FROM_ALL
+        PATTERN __pycache__ EXCLUDE)
+    install(PROGRAMS python/pcm-archive TYPE BIN COMPONENT archive EXCLUDE_FROM_ALL)
+    install(FILES docs/man/pcm-archive.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT archive EXCLUDE_FROM_ALL)
 endif()
