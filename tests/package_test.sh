@@ -42,6 +42,7 @@ needs libpcm-dev 'libpb-dev (= '
 needs pcm-examples 'libpcm1 (>= '
 needs pcm-examples 'libsndfile1'
 needs pcm-examples 'libsoxr0'
+needs pcm-examples 'libspandsp2'
 holds pcm-examples '/usr/bin/pcm-transcode'
 if dpkg-deb --field "$packages"/libpcm1_[0-9]*.deb Depends | grep -q 'libstdc++'; then
     echo "libpcm1 needs the C++ library"
