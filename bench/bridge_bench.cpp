@@ -39,7 +39,7 @@ public:
         for (std::size_t i = 0; i < conferences; ++i) {
             std::vector<Party> parties;
             for (const RtpFormat &format : formats)
-                parties.emplace_back(format, 60, 0.0);
+                parties.emplace_back(format);
             conferences_.emplace_back(std::move(parties), 0);
         }
         for (const RtpFormat &format : formats) {
@@ -53,25 +53,26 @@ public:
 
     void Tick()
     {
-        ++sequence_;
+        ++tick_;
         for (std::size_t i = 0; i < datagrams_.size(); ++i) {
             const Party &party = conferences_.front().At(i);
-            const auto header = RtpHeaderBytes({static_cast<std::uint8_t>(party.Format().payloadType), sequence_,
-                                                static_cast<std::uint32_t>(sequence_ * party.Frames()), 1});
+            const auto header = RtpHeaderBytes({static_cast<std::uint8_t>(party.Format().payloadType),
+                                                static_cast<std::uint16_t>(tick_),
+                                                static_cast<std::uint32_t>(tick_ * party.Frames()), 1});
             std::ranges::copy(header, datagrams_[i].begin());
         }
         for (Conference &conference : conferences_) {
             for (std::size_t i = 0; i < datagrams_.size(); ++i)
-                conference.Receive(i, datagrams_[i]);
+                conference.Receive(i, datagrams_[i], static_cast<Seconds>(tick_) / kTicksPerSecond);
             conference.Tick();
-            benchmark::DoNotOptimize(conference.Outgoing(0).data());
+            benchmark::DoNotOptimize(conference.ToParty(0)[0].data());
         }
     }
 
 private:
     std::vector<Conference> conferences_;
     std::vector<std::vector<std::byte>> datagrams_; // by party, the same in all conferences
-    std::uint16_t sequence_ = 0;
+    pbInt tick_ = -1;
 };
 
 #ifdef PCM_BENCH_FFMPEG

@@ -1,27 +1,27 @@
 // Bridge: a telephone conference over RTP. Everybody sends to a port of his own and hears all the others.
 //
-// One thread. Every 20 ms, at times that are counted from the start and so do not drift, it takes what has come to each
-// socket, lets the conference (conference.h) go on, and sends to each party what it hears. It never waits for a socket:
-// what comes in between waits in the kernel, and of a flood no more than a batch is looked at in a tick.
+// One thread. Every 20 ms, at times that are counted from the start and so do not drift, it takes what has come to the
+// sockets (network.h), lets the conference (conference.h) go on, and sends to each party what it hears. It never waits
+// for a socket: what comes in between waits in the kernel, and of a flood no more than a batch is looked at in a tick.
 #include "audio_file.h"
 #include "conference.h"
+#include "network.h"
 #include "options.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
+#include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include <netdb.h>
-#include <sys/socket.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -33,8 +33,9 @@ const ProgramText kText = {
     "P + 4 and so on, and each hears all the others. Ctrl-C ends it.\n"};
 
 struct Options {
-    pbInt parties = 0, port = 0, payloadType = 96, delay = 60, rate = 0;
-    std::string encodings = "PCMU", levels = "0", address = "127.0.0.1", record;
+    pbInt parties = 0, port = 0, payloadType = 96, rate = 0, keep = 30;
+    PartyOptions party;
+    std::string encodings = "PCMU", levels = "0", address = "127.0.0.1", record, statistics;
     std::optional<std::pair<std::string, pbInt>> to;
     pbReal seconds = 1e9;
 };
@@ -69,104 +70,75 @@ RtpFormat FormatOf(std::string name, const Options &options)
 std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
 {
     Options options;
-    const auto words =
-        WordsOf(kText,
-                {{"--parties", "N", "how many, 1 to 1000",
-                  [&](auto &name, auto &value) { options.parties = CountOf(name, value, 1, 1000); }},
-                 {"--port", "P", "the first party's port",
-                  [&](auto &name, auto &value) { options.port = CountOf(name, value, 1, kHighestPort); }},
-                 {"--encoding", "NAME[,NAME]...",
-                  "of each party, the last also of all that follow: PCMU, PCMA, L16/8000, L16/16000,\n"
-                  "L16/44100, L16/48000, or L16 at the rate of --rate; default PCMU",
-                  [&](auto &, auto &value) { options.encodings = value; }},
-                 {"--payload-type", "N", "of L16 at other rates than 44100, 96 to 127; default 96",
-                  [&](auto &name, auto &value) { options.payloadType = CountOf(name, value, 96, 127); }},
-                 {"--level", "DB[,DB]...",
-                  "raise the level of each party by so many decibels, or lower it: -200 to 40;\n"
-                  "the last also of all that follow",
-                  [&](auto &, auto &value) { options.levels = value; }},
-                 {"--delay", "MS", "how long packets wait for those that come late: 0 to 200; default 60",
-                  [&](auto &name, auto &value) { options.delay = CountOf(name, value, 0, 200); }},
-                 {"--rate", "HZ", "frames per second of the recording; default: as of the first party",
-                  [&](auto &name, auto &value) { options.rate = CountOf(name, value, 8000, 48000); }},
-                 {"--record", "FILE", "record all parties together, 16 bits in a .wav, .au or .raw file",
-                  [&](auto &, auto &value) { options.record = value; }},
-                 {"--seconds", "S", "end after so many",
-                  [&](auto &name, auto &value) { options.seconds = NumberOf(name, value, 0.02, options.seconds); }},
-                 {"--address", "A", "where to listen; default 127.0.0.1, which only this machine reaches",
-                  [&](auto &, auto &value) { options.address = value; }},
-                 {"--to", "A:P", "send to the ports P, P + 2 ... of A, and not to where a party's packets come from",
-                  [&](auto &name, auto &value) {
-                      const std::size_t colon = std::min(value.rfind(':'), value.size());
-                      const std::string port = value.substr(std::min(colon + 1, value.size()));
-                      options.to.emplace(value.substr(0, colon), CountOf(name + " A:P as P", port, 1, kHighestPort));
-                  }}},
-                arguments);
+    const auto words = WordsOf(
+        kText,
+        {{"--parties", "N", "how many, 1 to 10000",
+          [&](auto &name, auto &value) { options.parties = CountOf(name, value, 1, 10000); }},
+         {"--port", "P", "the first party's port",
+          [&](auto &name, auto &value) { options.port = CountOf(name, value, 1, kHighestPort); }},
+         {"--encoding", "NAME[,NAME]...",
+          "of each party, the last also of all that follow: PCMU, PCMA, L16/8000, L16/16000,\n"
+          "L16/44100, L16/48000, or L16 at the rate of --rate; default PCMU",
+          [&](auto &, auto &value) { options.encodings = value; }},
+         {"--payload-type", "N", "of L16 at other rates than 44100, 96 to 127; default 96",
+          [&](auto &name, auto &value) { options.payloadType = CountOf(name, value, 96, 127); }},
+         {"--level", "DB[,DB]...",
+          "raise the level of each party by so many decibels, or lower it: -200 to 40;\n"
+          "the last also of all that follow",
+          [&](auto &, auto &value) { options.levels = value; }},
+         {"--delay", "MIN[:MAX]",
+          "bounds of how long packets wait for those that come late, in milliseconds from 0 to 1000;\n"
+          "default 40:400",
+          [&](auto &name, auto &value) {
+              const std::size_t colon = std::min(value.find(':'), value.size());
+              options.party.leastDelay = CountOf(name, value.substr(0, colon), 0, 1000);
+              options.party.mostDelay = std::max(options.party.leastDelay, options.party.mostDelay);
+              if (colon < value.size())
+                  options.party.mostDelay = CountOf(name, value.substr(colon + 1), options.party.leastDelay, 1000);
+          }},
+         {"--ptime", "MS", "in a packet to a party: 10 to 60, a multiple of 10; default 20",
+          [&](auto &name, auto &value) {
+              options.party.packetTime = CountOf(name, value, 10, 60);
+              if (options.party.packetTime % 10)
+                  throw Failure("--ptime takes a multiple of 10, not '" + value + "'");
+          }},
+         {"--digits", "HOW", "what becomes of telephone events: tones or events; default tones",
+          [&](auto &, auto &value) {
+              if (value != "tones" && value != "events")
+                  throw Failure("--digits takes tones or events, not '" + value + "'");
+              options.party.digits = value == "tones" ? Digits::kTones : Digits::kEvents;
+          }},
+         {"--event-type", "N", "payload type of telephone events, 96 to 127; default 101",
+          [&](auto &name, auto &value) { options.party.eventType = static_cast<int>(CountOf(name, value, 96, 127)); }},
+         {"--keep", "S", "go on sending to a party that has sent nothing for so long, 0: always; default 30",
+          [&](auto &name, auto &value) { options.keep = CountOf(name, value, 0, 1000000); }},
+         {"--statistics", "FILE", "write what is known of each party, a line of JSON every second",
+          [&](auto &, auto &value) { options.statistics = value; }},
+         {"--rate", "HZ", "frames per second of the recording; default: as of the first party",
+          [&](auto &name, auto &value) { options.rate = CountOf(name, value, 8000, 48000); }},
+         {"--record", "FILE", "record all parties together, 16 bits in a .wav, .au or .raw file",
+          [&](auto &, auto &value) { options.record = value; }},
+         {"--seconds", "S", "end after so many",
+          [&](auto &name, auto &value) { options.seconds = NumberOf(name, value, 0.02, options.seconds); }},
+         {"--address", "A", "where to listen; default 127.0.0.1, which only this machine reaches",
+          [&](auto &, auto &value) { options.address = value; }},
+         {"--to", "A:P", "send to the ports P, P + 2 ... of A, and not to where a party's packets come from",
+          [&](auto &name, auto &value) {
+              const std::size_t colon = std::min(value.rfind(':'), value.size());
+              const std::string port = value.substr(std::min(colon + 1, value.size()));
+              options.to.emplace(value.substr(0, colon), CountOf(name + " A:P as P", port, 1, kHighestPort));
+          }}},
+        arguments);
     if (!words)
         return std::nullopt;
     if (!options.parties || !options.port || !words->empty())
         throw Failure("needs --parties and --port, and takes nothing but options; see pcm-bridge --help");
-    if (std::max(options.port, options.to ? options.to->second : 0) + 2 * (options.parties - 1) > kHighestPort)
+    if (std::max(options.port, options.to ? options.to->second : 0) + 2 * options.parties - 1 > kHighestPort)
         throw Failure("so many parties need more ports than there are from this one on");
+    if (options.party.eventType == options.payloadType)
+        throw Failure("--event-type and --payload-type are the same");
     return options;
 }
-
-/// Where datagrams come from or go to.
-struct Address {
-    sockaddr_storage bytes = {};
-    socklen_t length = sizeof bytes; ///< of what is known, or of the room for it
-
-    bool operator==(const Address &other) const
-    {
-        return length == other.length && std::memcmp(&bytes, &other.bytes, length) == 0;
-    }
-    sockaddr *Get() { return reinterpret_cast<sockaddr *>(&bytes); }
-};
-
-Address AddressOf(const std::string &host, pbInt port)
-{
-    addrinfo hints = {}, *found = nullptr;
-    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
-    hints.ai_socktype = SOCK_DGRAM;
-    if (getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
-        throw Failure("'" + host + "' is no address");
-    Address address;
-    std::memcpy(&address.bytes, found->ai_addr, address.length = found->ai_addrlen);
-    freeaddrinfo(found);
-    return address;
-}
-
-/// A UDP port that never waits.
-class Socket {
-public:
-    explicit Socket(Address address) : fd_(socket(address.bytes.ss_family, SOCK_DGRAM | SOCK_NONBLOCK, 0))
-    {
-        if (!fd_ || bind(fd_.Get(), address.Get(), address.length) != 0)
-            throw Failure(std::strerror(errno));
-    }
-
-    /// Hands over what has come, at most a batch of it. What is longer than any packet comes cut off.
-    template <class Take> void Receive(Take take)
-    {
-        static std::byte bytes[20480]; // 200 ms of L16 at 48000 Hz are 19200
-        for (int i = 0; i < 32; ++i) {
-            Address from;
-            const auto length = recvfrom(fd_.Get(), bytes, sizeof bytes, 0, from.Get(), &from.length);
-            if (length < 0)
-                break;
-            take(std::span<const std::byte>(bytes, static_cast<std::size_t>(length)), from);
-        }
-    }
-
-    /// @return whether the kernel took it
-    bool Send(std::span<const std::byte> datagram, Address &to)
-    {
-        return sendto(fd_.Get(), datagram.data(), datagram.size(), 0, to.Get(), to.length) >= 0;
-    }
-
-private:
-    Descriptor fd_;
-};
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -180,7 +152,9 @@ std::vector<Party> PartiesOf(const Options &options)
     std::vector<Party> parties;
     for (std::size_t i = 0; i < static_cast<std::size_t>(options.parties); ++i) {
         const RtpFormat format = FormatOf(ItemOf(options.encodings, i), options);
-        parties.emplace_back(format, options.delay, NumberOf("--level", ItemOf(options.levels, i), -200.0, 40.0));
+        PartyOptions party = options.party;
+        party.level = NumberOf("--level", ItemOf(options.levels, i), -200.0, 40.0);
+        parties.emplace_back(format, party);
         for (const pbInt rate : {parties.front().Format().rate, options.rate ? options.rate : format.rate})
             if (!CanConvert(format.rate, rate))
                 throw Failure("there is no filter between " + std::to_string(format.rate) + " Hz and " +
@@ -189,20 +163,41 @@ std::vector<Party> PartiesOf(const Options &options)
     return parties;
 }
 
+/// As many files at once as the system allows: two sockets for each party.
+void AllowManyFiles()
+{
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 /// The conference's ports, clock and recording.
 class Bridge {
 public:
-    explicit Bridge(const Options &options) : conference_(PartiesOf(options), options.rate)
+    explicit Bridge(const Options &options)
+        : conference_(PartiesOf(options), options.rate), forgotten_(options.keep * kTicksPerSecond)
     {
+        AllowManyFiles();
         for (pbInt i = 0; i < options.parties; ++i) {
             const pbInt port = options.port + 2 * i;
             try {
-                lines_.push_back({Socket(AddressOf(options.address, port)), {}, {}});
+                lines_.push_back({Socket(Address(options.address, port)),
+                                  Socket(Address(options.address, port + 1)),
+                                  {},
+                                  false,
+                                  false,
+                                  {},
+                                  NextReport()});
+                poll_.Add(lines_.back().rtp, static_cast<std::uint64_t>(2 * i));
+                poll_.Add(lines_.back().rtcp, static_cast<std::uint64_t>(2 * i + 1));
             } catch (const Failure &failure) {
-                throw Failure("cannot listen on port " + std::to_string(port) + ": " + failure.what());
+                throw Failure("cannot listen on ports " + std::to_string(port) + " and " + std::to_string(port + 1) +
+                              ": " + failure.what());
             }
             if (options.to)
-                lines_.back().to = AddressOf(options.to->first, options.to->second + 2 * i);
+                lines_.back().to = Address(options.to->first, options.to->second + 2 * i);
         }
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) // before the recorder sets its own, which gives the file up
             if (std::signal(signal, OnInterrupt) == SIG_IGN)
@@ -213,6 +208,11 @@ public:
             recorder_.emplace(options.record, container, format, conference_.Rate(), 1);
             recorded_ = format.encoding;
         }
+        if (!options.statistics.empty()) {
+            statistics_.reset(std::fopen(options.statistics.c_str(), "w"));
+            if (!statistics_)
+                throw Failure("cannot write " + options.statistics);
+        }
         report_ = ReportFile(options.record);
     }
 
@@ -220,9 +220,9 @@ public:
     void Run(pbInt ticks)
     {
         const bool terminal = isatty(STDERR_FILENO);
-        const auto start = Clock::now();
+        start_ = Clock::now();
         for (; ticks_ < ticks && !interrupted; ++ticks_) {
-            const auto due = start + ticks_ * kTick;
+            const auto due = start_ + ticks_ * kTick;
             std::this_thread::sleep_until(due);
             const auto begun = Clock::now();
             Tick();
@@ -231,6 +231,8 @@ public:
             if (terminal && ticks_ % (kTicksPerSecond / 5) == 0)
                 std::fprintf(stderr, "\r%s\033[K", Status().c_str());
         }
+        for (std::size_t i = 0; i < lines_.size(); ++i)
+            Report(i, true);
         if (recorder_)
             recorder_->Finish();
         if (terminal)
@@ -240,30 +242,98 @@ public:
 
 private:
     struct Line {
-        Socket socket;
+        Socket rtp, rtcp;
         Address peer;              ///< where the party's packets come from
+        bool held;                 ///< whether packets from elsewhere are kept out
+        bool oneSocket;            ///< whether its reports come to the port of its packets (RFC 5761)
         std::optional<Address> to; ///< where its own go, if elsewhere
+        pbInt nextReport;          ///< tick
     };
 
     void Tick()
     {
-        for (std::size_t i = 0; i < lines_.size(); ++i)
-            lines_[i].socket.Receive([&](std::span<const std::byte> datagram, const Address &from) {
-                // Who speaks keeps the port until he has been quiet for a second.
-                if (from != lines_[i].peer && conference_.At(i).Quiet() < kTicksPerSecond)
-                    ++strange_;
-                else if (conference_.Receive(i, datagram))
-                    lines_[i].peer = from;
-            });
+        const Seconds now = std::chrono::duration<double>(Clock::now() - start_).count();
+        const double wallClock = WallClock();
+        poll_.Ready(2 * lines_.size(), [&](std::uint64_t number) {
+            const std::size_t i = number / 2;
+            Line &line = lines_[i];
+            if (number % 2)
+                line.rtcp.Receive(kMostReports, wallClock, [&](auto datagram, const Address &from, double) {
+                    if (from.SameHost(line.to ? *line.to : line.peer) || from.SameHost(line.peer))
+                        strange_ += !conference_.At(i).ReceiveReport(datagram, NtpTime());
+                    else
+                        ++strange_;
+                });
+            else
+                line.rtp.Receive(kMostPackets, wallClock, [&](auto datagram, const Address &from, double age) {
+                    Take(i, datagram, from, now - age);
+                });
+        });
         conference_.Tick();
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             Line &line = lines_[i];
-            if (line.to || conference_.At(i).Quiet() < kForgotten)
-                sent_ += line.socket.Send(conference_.Outgoing(i), line.to ? *line.to : line.peer);
+            if (line.held && !conference_.At(i).Present()) {
+                line.rtp.Free();
+                line.held = false;
+            }
+            if (!Listens(i))
+                continue;
+            const Outgoing &outgoing = conference_.ToParty(i);
+            for (std::size_t n = 0; n < outgoing.Size(); ++n)
+                sent_ += line.held && !line.to ? line.rtp.Send(outgoing[n])
+                                               : line.rtp.Send(outgoing[n], line.to ? *line.to : line.peer);
+            if (ticks_ >= line.nextReport) {
+                Report(i, false);
+                line.nextReport = ticks_ + NextReport();
+            }
         }
         if (recorder_)
             Record();
+        if (statistics_ && ticks_ % kTicksPerSecond == 0)
+            WriteStatistics();
     }
+
+    /// A datagram at a party's port. Who speaks keeps the port as long as he is present.
+    void Take(std::size_t i, std::span<const std::byte> datagram, const Address &from, Seconds arrival)
+    {
+        Line &line = lines_[i];
+        if (line.held && from != line.peer) { // it came before the socket was his
+            ++strange_;
+        } else if (IsRtcp(datagram)) {
+            if (from == line.peer && conference_.At(i).ReceiveReport(datagram, NtpTime()))
+                line.oneSocket = true;
+            else
+                ++strange_;
+        } else if (conference_.Receive(i, datagram, arrival) && !line.held) {
+            line.rtp.Hold(from);
+            line.held = true;
+            line.oneSocket &= from == line.peer;
+            line.peer = from;
+        }
+    }
+
+    /// Whether somebody is there to be sent anything.
+    bool Listens(std::size_t i) const
+    {
+        const pbInt quiet = conference_.At(i).Quiet();
+        return lines_[i].to || quiet < (forgotten_ ? forgotten_ : kNever);
+    }
+
+    void Report(std::size_t i, bool last)
+    {
+        if (!Listens(i))
+            return;
+        Line &line = lines_[i];
+        const Address &to = line.to ? *line.to : line.peer;
+        const Datagram report = conference_.At(i).Report(NtpTime(), last);
+        if (line.oneSocket)
+            line.rtp.Send(report, to);
+        else
+            line.rtcp.Send(report, to.WithPort(to.Port() + 1));
+    }
+
+    /// Ticks until the next report, 2.5 to 7.5 seconds, so that not all parties are sent theirs at once.
+    pbInt NextReport() { return kTicksPerSecond * 5 / 2 + static_cast<pbInt>(random_() % (kTicksPerSecond * 5)); }
 
     /// A recording that fails is given up; the conference goes on.
     void Record()
@@ -276,19 +346,44 @@ private:
         }
     }
 
-    /// One line: numbers, and the peaks of the last 20 ms of as many parties as there is room for.
+    void WriteStatistics()
+    {
+        FILE *file = statistics_.get();
+        std::fprintf(file, "{\"seconds\":%lld,\"parties\":[", Number(ticks_ / kTicksPerSecond));
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            const Statistics counts = conference_.At(i).Count();
+            const double perSecond = static_cast<double>(conference_.At(i).Format().rate);
+            std::fprintf(file,
+                         "%s{\"party\":%zu,\"received\":%lld,\"lost\":%lld,\"late\":%lld,\"doubled\":%lld,"
+                         "\"refused\":%lld,\"concealed_s\":%.3f,\"corrected_s\":%.3f,\"jitter_ms\":%.2f,"
+                         "\"delay_ms\":%.1f,\"aim_ms\":%.1f,\"level_db\":%.1f,\"peer_lost\":%.4f,"
+                         "\"peer_jitter_ms\":%.2f,\"round_trip_ms\":%.2f}",
+                         i ? "," : "", i + 1, Number(counts.received), Number(counts.lost), Number(counts.late),
+                         Number(counts.duplicates), Number(counts.refused),
+                         static_cast<double>(counts.concealed) / perSecond,
+                         static_cast<double>(counts.corrected) / perSecond, counts.jitter, counts.delay, counts.aim,
+                         counts.level, counts.peerLost, counts.peerJitter, counts.roundTrip);
+        }
+        std::fputs("]}\n", file);
+        std::fflush(file);
+    }
+
+    /// One line: sums, the worst of all parties, and the peaks of the last 20 ms of as many as there is room for.
     std::string Status() const
     {
-        Counts sum;
+        Statistics sum, worst;
         pbInt speaking = 0;
         std::string peaks;
         for (std::size_t i = 0; i < lines_.size(); ++i) {
-            const Counts &counts = conference_.At(i).Count();
+            const Statistics counts = conference_.At(i).Count();
             sum.received += counts.received;
-            sum.lost += std::max<pbInt>(counts.lost, 0);
+            sum.lost += counts.lost;
             sum.late += counts.late;
             sum.duplicates += counts.duplicates;
-            sum.dropped += counts.dropped;
+            sum.refused += counts.refused;
+            worst.lost = std::max(worst.lost, counts.lost);
+            worst.jitter = std::max(worst.jitter, counts.jitter);
+            worst.delay = std::max(worst.delay, counts.delay);
             speaking += conference_.At(i).Quiet() < kTicksPerSecond;
             PCM_SAMPLE peak = 0;
             if (i < kPeaksShown && conference_.Said(i))
@@ -297,27 +392,37 @@ private:
             if (i < kPeaksShown)
                 peaks += peak > 0 ? ' ' + std::to_string(std::lround(pcm::DecibelFromGain(peak))) : " -";
         }
-        char text[400];
+        char text[500];
         std::snprintf(text, sizeof text,
                       "%.2f s, %lld of %zu parties, %lld in, %lld out, %lld lost, %lld late, %lld doubled, %lld "
-                      "refused, clock %.1f %% busy, at most %.1f ms late, peaks%s dB",
+                      "refused, at worst %lld lost, jitter %.1f ms, delay %.0f ms, clock %.1f %% busy, at most %.1f ms "
+                      "late, peaks%s dB",
                       static_cast<double>(ticks_) / kTicksPerSecond, Number(speaking), lines_.size(),
                       Number(sum.received), Number(sent_), Number(sum.lost), Number(sum.late), Number(sum.duplicates),
-                      Number(sum.dropped + strange_), 100 * load_ / static_cast<double>(ticks_ + 1), mostLate_,
-                      peaks.c_str());
+                      Number(sum.refused + strange_), Number(worst.lost), worst.jitter, worst.delay,
+                      100 * load_ / static_cast<double>(ticks_ + 1), mostLate_, peaks.c_str());
         return text;
     }
 
     static long long Number(pbInt number) { return number; } // as printf wants it
 
-    static constexpr pbInt kForgotten = 30 * kTicksPerSecond; // who has been quiet for so long is sent no more
+    struct Close {
+        void operator()(FILE *file) const { std::fclose(file); }
+    };
+    static constexpr int kMostPackets = 32, kMostReports = 4; // of a port in a tick
+    static constexpr pbInt kNever = pbInt{1} << 40;
     static constexpr std::size_t kPeaksShown = 8;
 
     Conference conference_;
+    Poll poll_;
     std::vector<Line> lines_;
     std::optional<AudioWriter> recorder_;
     pcm::Encoding recorded_;
+    std::unique_ptr<FILE, Close> statistics_;
     FILE *report_ = stdout;
+    std::minstd_rand random_{std::random_device()()};
+    Clock::time_point start_;
+    pbInt forgotten_; // ticks
     pbInt ticks_ = 0, sent_ = 0, strange_ = 0;
     double load_ = 0;     // 1: a whole tick
     double mostLate_ = 0; // milliseconds

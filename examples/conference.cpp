@@ -4,15 +4,9 @@
 
 #include <algorithm>
 #include <functional>
-#include <random>
 #include <utility>
 
 namespace {
-
-constexpr pbInt kLongest = 200;   // ms in a packet that one should accept (RFC 3551, section 4.2)
-constexpr pbInt kMostAhead = 300; // ms before its time, beyond the delay, as of a sender that reads a file in blocks
-constexpr pbInt kMostLateInARow = 5;
-constexpr std::uint16_t kReordered = 16; // packets that may come after the first and belong before it
 
 pcm::Packet Silence(pbInt frames)
 {
@@ -42,109 +36,6 @@ void Add(pcm::Packet *sum, const pcm::Packet &pkt)
 bool CanConvert(pbInt from, pbInt to)
 {
     return from == to || FilterBetween(from, to);
-}
-
-Party::Party(const RtpFormat &format, pbInt delayMilliseconds, pbReal levelDecibel)
-    : format_(format), delay_(delayMilliseconds * format.rate / 1000), level_(levelDecibel)
-{
-    std::random_device random; // where a stream begins is not to be guessed (RFC 3550, section 5.1)
-    next_ = {static_cast<std::uint8_t>(format.payloadType), static_cast<std::uint16_t>(random()), random(), random()};
-}
-
-bool Party::Receive(std::span<const std::byte> datagram)
-{
-    const auto rtp = ParseRtp(datagram);
-    const auto most = static_cast<std::size_t>(kLongest * format_.rate / 1000 * format_.encoding.SizeofSample());
-    pcm::Packet pkt;
-    if (rtp && rtp->header.payloadType == format_.payloadType && !rtp->payload.empty() && rtp->payload.size() <= most)
-        pkt = pcm::Packet::TryDecode(pcm::Buffer(rtp->payload), format_.encoding, 1);
-    if (!pkt) { // also where the payload is no whole number of samples
-        ++counts_.dropped;
-        return false;
-    }
-    ++counts_.received;
-    Arrange(rtp->header, std::move(pkt));
-    quiet_ = 0;
-    return true;
-}
-
-void Party::Start(const RtpHeader &header)
-{
-    waiting_ = {};
-    source_ = header.source;
-    newest_ = header.sequence;
-    oldest_ = static_cast<std::uint16_t>(header.sequence - kReordered);
-    position_ = header.timestamp - static_cast<std::uint32_t>(delay_);
-    lateInARow_ = 0;
-}
-
-void Party::Arrange(const RtpHeader &header, pcm::Packet pkt)
-{
-    // Differences of numbers that wrap.
-    const auto behindOldest = static_cast<std::int16_t>(header.sequence - oldest_);
-    const auto behindNewest = static_cast<std::int16_t>(header.sequence - newest_);
-    if (quiet_ >= kTicksPerSecond || header.source != source_) {
-        Start(header);
-    } else {
-        if (Place(header.sequence).taken && Place(header.sequence).sequence == header.sequence) {
-            ++counts_.duplicates;
-            return;
-        }
-        counts_.lost += behindNewest > 0 ? behindNewest - 1 : -1; // one out of order had been taken for lost
-        if (behindOldest >= kMostWaiting || Ahead(header.timestamp) > delay_ + kMostAhead * format_.rate / 1000) {
-            Start(header);
-        } else if (behindOldest < 0 || Ahead(header.timestamp) + pkt.Frames() <= 0) {
-            ++counts_.late;
-            if (++lateInARow_ < kMostLateInARow)
-                return;
-            Start(header);
-        }
-    }
-    lateInARow_ = 0;
-    if (static_cast<std::int16_t>(header.sequence - newest_) > 0)
-        newest_ = header.sequence;
-    Place(header.sequence) = {header.sequence, true, header.timestamp, std::move(pkt)};
-}
-
-pcm::Packet Party::Play()
-{
-    const pbInt frames = Frames();
-    pcm::Packet block;
-    for (std::uint16_t i = oldest_; static_cast<std::int16_t>(newest_ - i) >= 0; ++i) {
-        Waiting &waiting = Place(i);
-        if (!waiting.pkt)
-            continue;
-        const pbInt begin = Ahead(waiting.timestamp), end = begin + waiting.pkt.Frames(); // within the block
-        if (begin >= frames)
-            break;
-        if (begin == 0 && end == frames) { // as nearly always: the block is the packet, and nothing is copied
-            block = std::move(waiting.pkt);
-        } else if (end > 0) {
-            if (!block)
-                block = Silence(frames);
-            const pbInt from = std::max<pbInt>(begin, 0);
-            block.WriteInner(from, waiting.pkt, from - begin, std::min(end, frames) - from);
-        }
-        if (end <= frames) {
-            waiting.pkt = {};
-            oldest_ = static_cast<std::uint16_t>(i + 1);
-        }
-    }
-    position_ += static_cast<std::uint32_t>(frames);
-    ++quiet_;
-    if (block && level_ != 0.0)
-        block.LevelAdjust(level_);
-    return block;
-}
-
-void Party::Send(const pcm::Packet &heard, std::vector<std::byte> *datagram)
-{
-    const auto header = RtpHeaderBytes(next_);
-    const auto payload = heard.Encode(format_.encoding);
-    datagram->assign(header.begin(), header.end());
-    datagram->insert(datagram->end(), payload.Bytes().begin(), payload.Bytes().end());
-    ++next_.sequence;
-    next_.timestamp += static_cast<std::uint32_t>(Frames());
 }
 
 Converter::Converter(pbInt from, pbInt to)
@@ -217,6 +108,10 @@ void Conference::Tick()
     for (Member &member : members_) {
         member.said = member.party.Play();
         Add(&buses_[member.bus].sum, member.said);
+        while (const auto digit = member.party.TakeDigit())
+            for (Member &other : members_)
+                if (&other != &member)
+                    other.party.SendDigit(*digit);
     }
     for (Bus &bus : buses_) {
         for (Inlet &inlet : bus.inlets)

@@ -37,7 +37,7 @@ start send $((port + 2)) -f lavfi -i "$(tone 1011 8000)" -c:a pcm_alaw
 start send $((port + 4)) -f lavfi -i "$(tone 1723 16000)" -c:a pcm_s16be -payload_type 96
 "$tones" dtmf '0123456789*#ABCD' "$work/dtmf.wav" --rate 8000 >/dev/null
 start send $((port + 20)) -i "$work/dtmf.wav" -af asetnsamples=160 -c:a pcm_mulaw
-"$bridge" --parties 1 --port $port 2>&1 | grep -q "cannot listen on port $port" || { echo "takes a port twice"; exit 1; }
+"$bridge" --parties 1 --port $port 2>&1 | grep -q "cannot listen on ports $port and" || { echo "takes a port twice"; exit 1; }
 wait $r0 && wait $r1 && wait $r2 && wait $r3
 kill $conference
 wait $conference
