@@ -47,7 +47,7 @@ for name in $(grep -E '^pcm[A-Z]' tests/symbols.txt | grep -vE '(Sort|Obj|From|T
     grep -qw "$name" include/pcm/pcm.hpp || { echo "pcm.hpp does not reach $name"; status=1; }
 done
 for page in $pages; do
-    for link in $(grep -oE '\]\([^)#:]+' "$page" | cut -c3-); do
+    for link in $(grep -oE '\]\([^)#:]+[)#]' "$page" | sed 's/^..//; s/.$//'); do
         [ -e "$(dirname "$page")/$link" ] || { echo "$page links to $link, which is not there"; status=1; }
     done
     for link in $(grep -oE '\]\([^):]*#[^)]+' "$page" | cut -c3-); do
