@@ -38,6 +38,8 @@ static inline pbBool pb___IntSubOk(pbInt a, pbInt b)
 /** PB_INT_MUL_OK as a function. */
 static inline pbBool pb___IntMulOk(pbInt a, pbInt b)
 {
+    if (a >> 31 == 0 && b >> 31 == 0) /* neither has more than 31 bits */
+        return 1;
     if (a == 0 || b == 0)
         return 1;
     if (a > 0)
