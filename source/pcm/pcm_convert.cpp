@@ -9,9 +9,11 @@
 #include <pb/pb_int.h>
 #include <pb/pb_mem.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <type_traits>
 
 static_assert(std::endian::native == std::endian::little, "the host's samples are stored least significant byte first");
 
@@ -19,180 +21,198 @@ namespace pcm {
 namespace {
 
 /// The codecs (pcm_convert_loops.h).
-enum Kind : uint8_t { kSigned, kOffset, kOffset32, kFloat, kAlaw, kMulaw, kKinds };
+enum Kind : uint8_t { kSigned, kSigned32, kOffset, kOffset32, kFloat, kAlaw, kMulaw, kKinds };
 
-/// A codec's loops by container: 0 is any number of bytes, 1 to 4 so many, kWhole four bytes in the host's order.
-constexpr int kWhole = 5;
+/// By the flag of a sample's type, for signed and for unsigned samples.
+constexpr Kind kKindOf[][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},       {kSigned, kOffset}, {kSigned, kOffset},
+                               {kSigned, kOffset}, {kSigned32, kOffset32}, {kFloat, kFloat},   {kFloat, kFloat}};
+static_assert(std::size(kKindOf) == kTypeCount + 1);
+
+/// A codec's loops by container: of 1 to 4 bytes, or kWords, four bytes in the host's order. Containers that have no
+/// loop go through words: all that are wider (kNone), and in a set without vectors most of the others too.
+constexpr uint8_t kWords = 0, kNone = 5, kLoopCount = 6;
+struct CodecLoops {
+    void (*encode[kLoopCount])(uint8_t *dest, const PCM_SAMPLE *source, int shuffle, pbInt samples);
+    void (*decode[kLoopCount])(PCM_SAMPLE *dest, const uint8_t *source, int shuffle, pbInt samples);
+};
+
+/// Samples that one turn of a codec's loop converts, and the fewest that it is called with.
+constexpr pbInt kTurn = 16;
 
 /// Where a sample's bytes lie: `bytes` of them from `offset` on in every container of `container` bytes.
 struct Layout {
     Kind kind;
     bool bigEndian;
-    uint8_t bytes, container, offset, loop;
+    uint8_t bytes, container, offset, loop, shuffle; ///< shuffle: of Shuffles, where there is a loop
 
-    explicit constexpr Layout(PCM_ENCODING flags)
+    explicit constexpr Layout(PCM_ENCODING encoding = 0)
+        : kind(kKindOf[TypeIndex(encoding)][(encoding & PCM_ENCODING_UNSIGNED) != 0]),
+          bigEndian(encoding & PCM_ENCODING_BIG_ENDIAN && encoding & kTypes), // without a type: the host's layout
+          bytes(static_cast<uint8_t>(SampleBytes(encoding))), container(static_cast<uint8_t>(ContainerBytes(encoding)))
     {
-        constexpr Kind kKindOf[kTypeCount + 1][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},   {kSigned, kOffset},
-                                                     {kSigned, kOffset}, {kSigned, kOffset}, {kSigned, kOffset32},
-                                                     {kFloat, kFloat},   {kFloat, kFloat}};
-        const PCM_ENCODING encoding = Normalize(flags), type = encoding & kTypes;
-        kind = kKindOf[TypeIndex(type)][(encoding & PCM_ENCODING_UNSIGNED) != 0];
-        bytes = static_cast<uint8_t>(SampleBytes(type));
-        container = static_cast<uint8_t>(ContainerBytes(encoding));
         const bool last = encoding & PCM_ENCODING_PAD_BEFORE ||
                           (encoding & PCM_ENCODING_BIG_ENDIAN && !(encoding & PCM_ENCODING_PAD_AFTER));
         offset = last ? static_cast<uint8_t>(container - bytes) : 0;
-        bigEndian = type && encoding & PCM_ENCODING_BIG_ENDIAN; // without a type: the host's layout
-        loop = container > 4 ? 0 : bytes == 4 && !bigEndian ? kWhole : container;
-    }
-
-    /// A container as a number, least significant byte first, from the word of which the sample is the top bytes.
-    uint64_t Place(uint32_t word) const
-    {
-        word &= ~uint32_t{0} << (32 - 8 * bytes);
-        const uint64_t code = bigEndian ? __builtin_bswap32(word) : word >> (32 - 8 * bytes);
-        return code << (8 * offset);
-    }
-
-    uint32_t Take(uint64_t held) const
-    {
-        const auto code = static_cast<uint32_t>(held >> (8 * offset));
-        return bigEndian ? __builtin_bswap32(code) & (~uint32_t{0} << (32 - 8 * bytes)) : code << (32 - 8 * bytes);
+        loop = container > 4 ? kNone : bytes == 4 && !bigEndian ? kWords : container;
+        shuffle = static_cast<uint8_t>((container - 1) % 4 * 16 + (bytes - 1) * 4 + last * 2 + bigEndian);
     }
 };
 
-// Containers in memory: eight bytes, of which those behind the container are unspecified, or no more than it has.
+/// The layouts of all encodings, made by the compiler: short runs notice what working one out costs.
+struct Layouts {
+    Layout of[1024];
 
-inline void StoreWhole(uint8_t *dest, uint64_t held)
-{
-    std::memcpy(dest, &held, sizeof(held));
-}
-
-inline uint64_t LoadWhole(const uint8_t *source)
-{
-    uint64_t held;
-    std::memcpy(&held, source, sizeof(held));
-    return held;
-}
-
-inline void StoreBytes(uint8_t *dest, uint64_t held, int bytes)
-{
-    std::memcpy(dest, &held, static_cast<std::size_t>(bytes));
-}
-
-inline uint64_t LoadBytes(const uint8_t *source, int bytes)
-{
-    uint64_t held = 0;
-    std::memcpy(&held, source, static_cast<std::size_t>(bytes));
-    return held;
-}
-
-/// The top kBytes of a word, in the byte order.
-template <int kBytes, bool kBigEndian> inline void StoreCode(uint8_t *dest, uint32_t word)
-{
-    for (int i = 0; i < kBytes; ++i)
-        dest[i] = static_cast<uint8_t>(word >> (kBigEndian ? 24 - 8 * i : 32 - 8 * kBytes + 8 * i));
-}
-
-template <int kBytes, bool kBigEndian> inline uint32_t LoadCode(const uint8_t *source)
-{
-    uint32_t word = 0;
-    for (int i = 0; i < kBytes; ++i)
-        word |= static_cast<uint32_t>(source[i]) << (kBigEndian ? 24 - 8 * i : 32 - 8 * kBytes + 8 * i);
-    return word;
-}
-
-/// Byte shuffles between four words and the four containers of up to four bytes that they become, for every layout.
-struct Controls {
-    alignas(16) uint8_t pack[4][4][2][2][16], spread[4][4][2][2][16]; ///< [container - 1][bytes - 1][last][bigEndian]
-
-    static constexpr uint8_t kZero = 0x80;
-
-    constexpr Controls() : pack(), spread()
+    constexpr Layouts()
     {
-        for (int i = 0; i < 4 * 4 * 2 * 2; ++i) {
-            const int container = i / 16 + 1, bytes = i / 4 % 4 + 1, last = i / 2 % 2, big = i % 2;
-            Fill(pack[container - 1][bytes - 1][last][big], spread[container - 1][bytes - 1][last][big], container,
-                 bytes, last ? container - bytes : 0, big);
-        }
+        for (int i = 0; i < 1024; ++i)
+            of[i] = Layout((PCM_ENCODING{1} << i % 8 & kTypes) | (i / 8 % 4) << 7 | (i / 32 % 4) << 10 |
+                           (PCM_ENCODING_PACK_16 << i / 128 & kContainers));
     }
+};
 
-    static constexpr void Fill(uint8_t *pack, uint8_t *spread, int container, int bytes, int offset, bool big)
+/// Whether the encoding is the sample itself in memory. Of two usually one is.
+bool IsSample(PCM_ENCODING encoding)
+{
+    return (encoding & kFlags) == 0;
+}
+
+/// By the lowest flags of type and container, and all others but PCM_ENCODING_LITTLE_ENDIAN, which changes nothing.
+const Layout &LayoutOf(PCM_ENCODING encoding)
+{
+    static constexpr Layouts kLayouts;
+    static constexpr Layout kSample;
+    const auto at =
+        TypeIndex(encoding) | (encoding >> 7 & 3) << 3 | (encoding >> 10 & 3) << 5 | ContainerIndex(encoding) << 7;
+    return IsSample(encoding) ? kSample : kLayouts.of[at];
+}
+
+/// Words to containers, and back.
+struct WordLoops {
+    void (*place)(uint8_t *dest, const uint32_t *words, const Layout &layout, pbInt samples);
+    void (*take)(uint32_t *words, const uint8_t *source, const Layout &layout, pbInt samples);
+};
+
+struct Loops {
+    std::array<CodecLoops, kKinds> codecs;
+    WordLoops words[9]; ///< by container, where the codecs have no loop
+};
+
+/// Where each byte comes from between words and containers of up to four bytes, 0x80 for none: for a register of kParts
+/// parts, each shuffled alone and of kSamples samples. A part's containers begin where LoadSpread loads them.
+template <int kSamples, int kParts> struct Shuffles {
+    static constexpr int kPart = 4 * kSamples, kBytes = kParts * kPart;
+    alignas(kBytes) uint8_t pack[64][kBytes], spread[64][kBytes]; ///< by Layout::shuffle
+
+    constexpr Shuffles() : pack(), spread()
     {
-        for (int i = 0; i < 16; ++i)
-            pack[i] = spread[i] = kZero;
-        for (int sample = 0; sample < 4 && bytes <= container; ++sample) {
-            for (int byte = 0; byte < bytes; ++byte) {
-                const int held = sample * container + offset + byte;
+        for (int i = 0; i < 64; ++i) {
+            const int container = i / 16 + 1, bytes = i / 4 % 4 + 1, last = i / 2 % 2, big = i % 2;
+            std::fill_n(pack[i], kBytes, 0x80);
+            std::fill_n(spread[i], kBytes, 0x80);
+            for (int k = 0; k < kParts * kSamples * bytes && bytes <= container; ++k) {
+                const int part = k / bytes / kSamples, sample = k / bytes % kSamples, byte = k % bytes;
+                const int held = sample * container + (last ? container - bytes : 0) + byte;
                 const int word = sample * 4 + (big ? 3 - byte : 4 - bytes + byte);
-                pack[held] = static_cast<uint8_t>(word);
-                spread[word] = static_cast<uint8_t>(held);
+                pack[i][part * kPart + held] = static_cast<uint8_t>(word);
+                spread[i][part * kPart + word] =
+                    static_cast<uint8_t>(held + part * (container == 3 ? 4 : 4 * container % 16));
             }
         }
     }
-};
-
-constexpr Controls kControls;
-
-[[maybe_unused]] inline const uint8_t *PackControl(const Layout &layout)
-{
-    return kControls.pack[layout.container - 1][layout.bytes - 1][layout.offset > 0][layout.bigEndian];
-}
-
-[[maybe_unused]] inline const uint8_t *SpreadControl(const Layout &layout)
-{
-    return kControls.spread[layout.container - 1][layout.bytes - 1][layout.offset > 0][layout.bigEndian];
-}
-
-struct CodecLoops {
-    void (*encode[kWhole + 1])(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples);
-    void (*decode[kWhole + 1])(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
 };
 
 } // namespace
 } // namespace pcm
 
 #define PCM_LOOPS "pcm_convert_loops.h"
+#define PCM_VBMI
 #include "pcm_each_isa.h"
 
 namespace {
 
-using pcm::Layout;
+using namespace pcm;
+
+constexpr pbInt kChunk = 256; ///< samples that stay in the cache
+
+void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
+void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples);
+
+// Runs shorter than a turn are filled up.
+
+[[gnu::noinline]] void DecodeShort(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+{
+    uint8_t in[kTurn * 8] = {};
+    PCM_SAMPLE out[kTurn];
+    std::copy_n(source, samples * layout.container, in);
+    pcm___ConvertToSamples(out, in, layout, kTurn);
+    std::copy_n(out, samples, dest);
+}
+
+[[gnu::noinline]] void EncodeShort(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
+{
+    PCM_SAMPLE in[kTurn] = {};
+    uint8_t out[kTurn * 8];
+    std::copy_n(source, samples, in);
+    pcm___ConvertFromSamples(out, layout, in, kTurn);
+    std::copy_n(out, samples * layout.container, dest);
+}
+
+// Through words. The last chunk overlaps the one before it where it would be too short.
+
+constexpr int kIdentity = Layout(PCM_ENCODING_INT_32).shuffle;
+
+[[gnu::noinline]] void DecodeThroughWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+{
+    alignas(64) uint32_t words[kChunk];
+    for (pbInt done = 0; done < samples; done += kChunk) {
+        const pbInt at = std::min(done, samples - kTurn), n = std::min(kChunk, samples - at);
+        loops.words[layout.container].take(words, source + at * layout.container, layout, n);
+        loops.codecs[layout.kind].decode[kWords](dest + at, reinterpret_cast<const uint8_t *>(words), kIdentity, n);
+    }
+}
+
+[[gnu::noinline]] void EncodeThroughWords(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
+{
+    alignas(64) uint32_t words[kChunk];
+    for (pbInt done = 0; done < samples; done += kChunk) {
+        const pbInt at = std::min(done, samples - kTurn), n = std::min(kChunk, samples - at);
+        loops.codecs[layout.kind].encode[kWords](reinterpret_cast<uint8_t *>(words), source + at, kIdentity, n);
+        loops.words[layout.container].place(dest + at * layout.container, words, layout, n);
+    }
+}
 
 void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    pcm::loops[layout.kind].decode[layout.loop](dest, source, layout, samples);
+    const auto decode = loops.codecs[layout.kind].decode[layout.loop];
+    if (samples < kTurn)
+        DecodeShort(dest, source, layout, samples);
+    else if (!decode)
+        DecodeThroughWords(dest, source, layout, samples);
+    else
+        decode(dest, source, layout.shuffle, samples);
 }
 
 void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
 {
-    pcm::loops[layout.kind].encode[layout.loop](dest, source, layout, samples);
+    const auto encode = loops.codecs[layout.kind].encode[layout.loop];
+    if (samples < kTurn)
+        EncodeShort(dest, layout, source, samples);
+    else if (!encode)
+        EncodeThroughWords(dest, layout, source, samples);
+    else
+        encode(dest, source, layout.shuffle, samples);
 }
 
-/// From one external encoding to another, through a run of samples that stays in the cache.
+/// From one external encoding to another.
 [[gnu::noinline]] void ConvertThroughSamples(uint8_t *dest, const Layout &to, const uint8_t *source, const Layout &from,
                                              pbInt samples)
 {
-    constexpr pbInt kChunk = 256;
     alignas(64) PCM_SAMPLE chunk[kChunk];
     for (pbInt done = 0; done < samples; done += kChunk) {
-        const pbInt n = pbIntMin(kChunk, samples - done);
+        const pbInt n = std::min(kChunk, samples - done);
         pcm___ConvertToSamples(chunk, source + done * from.container, from, n);
         pcm___ConvertFromSamples(dest + done * to.container, to, chunk, n);
     }
-}
-
-/// Whether the encoding is the sample itself in memory.
-bool IsSample(PCM_ENCODING encoding)
-{
-    return (encoding & pcm::kFlags) == 0;
-}
-
-/// Of two encodings one is mostly that, and short runs notice what the layout of the other costs.
-Layout LayoutOf(PCM_ENCODING encoding)
-{
-    constexpr Layout kSample(0);
-    return IsSample(encoding) ? kSample : Layout(encoding);
 }
 
 } // namespace
@@ -205,7 +225,7 @@ void pcm___Convert(void *dest, PCM_ENCODING destEncoding, const void *source, PC
     PB_ASSERT(source || samples == 0);
     if (samples == 0)
         return;
-    const Layout to = LayoutOf(destEncoding), from = LayoutOf(sourceEncoding);
+    const Layout &to = LayoutOf(destEncoding), &from = LayoutOf(sourceEncoding);
     const pbInt destSize = to.container, sourceSize = from.container;
     PB_ASSERT(PB_INT_MUL_OK( destSize, samples ));
     PB_ASSERT(PB_INT_MUL_OK( sourceSize, samples ));

@@ -62,7 +62,7 @@ PB_STRING *pcmEncodingToString(PCM_ENCODING encoding)
 
 pbInt pcmEncodingSizeofSample(PCM_ENCODING encoding)
 {
-    return pcm::ContainerBytes(pcm::Normalize(encoding));
+    return pcm::ContainerBytes(encoding);
 }
 
 pbInt pcmEncodingSizeofFrame(PCM_ENCODING encoding, pbInt channels)

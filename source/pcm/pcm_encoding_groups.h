@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 namespace pcm {
 
@@ -26,25 +27,31 @@ constexpr PCM_ENCODING Normalize(PCM_ENCODING encoding)
            LowestOf(encoding, kSides) | LowestOf(encoding, kContainers);
 }
 
-/// The index of a sample's type among the flags of its group; kTypeCount without a type.
-constexpr int kTypeCount = 7;
-constexpr int TypeIndex(PCM_ENCODING type)
+/// The number of the lowest flag of a sample's type, and of a container; kTypeCount and kContainerCount without one.
+constexpr int kTypeCount = 7, kContainerCount = 7;
+constexpr int TypeIndex(PCM_ENCODING encoding)
 {
-    return std::countr_zero(static_cast<uint64_t>(type | (PCM_ENCODING{1} << kTypeCount)));
+    return std::countr_zero(static_cast<uint64_t>(encoding & kTypes) | 1 << kTypeCount);
+}
+constexpr int ContainerIndex(PCM_ENCODING encoding)
+{
+    return std::countr_zero((static_cast<uint64_t>(encoding & kContainers) >> 12) | 1 << kContainerCount);
 }
 
-/// Bytes of a sample, by the flag of its type.
-constexpr pbInt SampleBytes(PCM_ENCODING type)
+// By these numbers. No local tables, which GCC would fill for each call.
+inline constexpr uint8_t kSampleBytes[] = {1, 1, 1, 2, 3, 4, 4, 4}, kPackBytes[] = {2, 3, 4, 5, 6, 7, 8, 1};
+static_assert(std::size(kSampleBytes) == kTypeCount + 1 && std::size(kPackBytes) == kContainerCount + 1);
+
+/// Bytes of a sample.
+constexpr pbInt SampleBytes(PCM_ENCODING encoding)
 {
-    constexpr pbInt kBytes[kTypeCount + 1] = {1, 1, 1, 2, 3, 4, 4, 4};
-    return kBytes[TypeIndex(type)];
+    return kSampleBytes[TypeIndex(encoding)];
 }
 
-/// Bytes of a sample with its container, of a normalised encoding.
+/// Bytes of a sample with its container.
 constexpr pbInt ContainerBytes(PCM_ENCODING encoding)
 {
-    const auto flag = static_cast<uint64_t>((encoding & kContainers) / PCM_ENCODING_PACK_16);
-    return std::max(SampleBytes(encoding & kTypes), flag ? pbInt{2} + std::countr_zero(flag) : pbInt{1});
+    return std::max<pbInt>(SampleBytes(encoding), kPackBytes[ContainerIndex(encoding)]);
 }
 
 } // namespace pcm

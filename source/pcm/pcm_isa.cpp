@@ -5,7 +5,7 @@
 #include <pcm/pcm_module.h>
 
 #ifndef PCM_HIGHEST_ISA
-#define PCM_HIGHEST_ISA 2
+#define PCM_HIGHEST_ISA 3
 #endif
 
 namespace pcm {
@@ -21,6 +21,8 @@ Isa BestIsa()
     const bool avx512 = avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                         __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
                         __builtin_cpu_supports("avx512vl");
+    if (avx512 && __builtin_cpu_supports("avx512vbmi") && PCM_HIGHEST_ISA >= 3)
+        return Isa::Avx512Vbmi;
     if (avx512 && PCM_HIGHEST_ISA >= 2)
         return Isa::Avx512;
     if (avx2 && PCM_HIGHEST_ISA >= 1)
@@ -37,7 +39,7 @@ const char *pcm___ModuleIsa()
 #ifdef __aarch64__
     return "neon";
 #else
-    constexpr const char *kNames[] = {"base", "avx2", "avx512"};
+    constexpr const char *kNames[] = {"base", "avx2", "avx512", "avx512"};
     return kNames[static_cast<int>(pcm::BestIsa())];
 #endif
 }

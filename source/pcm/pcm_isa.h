@@ -15,17 +15,18 @@
 namespace pcm {
 
 /// What every processor of the architecture has, which includes NEON on aarch64; AVX2 and FMA; AVX-512 F, BW, CD, DQ,
-/// VL.
-enum class Isa { Base, Avx2, Avx512 };
+/// VL; VBMI too.
+enum class Isa { Base, Avx2, Avx512, Avx512Vbmi };
 
 /// The last of those that this processor has.
 Isa BestIsa();
 
-/// This processor's table of a family's loops.
-template <class Table> const Table &ForThisProcessor(const Table &base, const Table &avx2, const Table &avx512)
+/// This processor's table of a family's loops, the last of which need `last`.
+template <class Table>
+const Table &ForThisProcessor(const Table &base, const Table &avx2, const Table &avx512, Isa last = Isa::Avx512)
 {
-    const Table *const tables[] = {&base, &avx2, &avx512};
-    return *tables[static_cast<int>(BestIsa())];
+    const Isa isa = BestIsa();
+    return isa >= last ? avx512 : isa >= Isa::Avx2 ? avx2 : base;
 }
 
 } // namespace pcm

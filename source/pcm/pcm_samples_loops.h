@@ -56,7 +56,7 @@ PCM_TARGET void Walk(PCM_SAMPLE *dest, pbInt destStep, const PCM_SAMPLE *source,
         dest[f * destStep] = Combine::Of(dest[f * destStep], source[f * sourceStep]);
 }
 
-#if PCM_VECTOR == 64
+#ifdef PCM_AVX512
 #define PCM_WALK_INTO_TWO WalkIntoTwo
 
 template <int... kAt> PCM_TARGET inline Floats Doubled(Floats samples, Numbers<kAt...>)

@@ -1,64 +1,10 @@
 // The words in which loops are written, for one instruction set (pcm_each_isa.h): a vector of samples is the compiler's
-// own vector type, with its operators; what has no operator is a function here. A single sample takes the same words,
-// so that a codec is written once for both.
-
-// One sample.
-
-/// a * b + c, rounded once.
-PCM_TARGET inline float Fused(float a, float b, float c)
-{
-    return std::fma(a, b, c);
-}
-
-/// Truncated toward zero and saturated to a signed integer; NaN is 0.
-PCM_TARGET inline uint32_t Signed(float v)
-{
-    const float inRange = v > -0x1p31f ? v < 0x1p31f ? v : 0x1.fffffep30f : -0x1p31f; // NaN: -2^31
-    const auto n = static_cast<uint32_t>(static_cast<int32_t>(inRange));
-    const uint32_t saturated = v >= 0x1p31f ? 0x7FFFFFFFu : n;
-    return v == v ? saturated : 0;
-}
-
-/// The same to an unsigned integer.
-PCM_TARGET inline uint32_t Unsigned(float v)
-{
-    const float inRange = v > 0.0f ? v < 0x1p32f ? v : 0x1.fffffep31f : 0.0f; // NaN: 0
-    const auto n = static_cast<uint32_t>(static_cast<int64_t>(inRange));
-    return v >= 0x1p32f ? ~uint32_t{0} : n;
-}
-
-/// The same, of which the lowest byte does not count.
-PCM_TARGET inline uint32_t UnsignedTop(float v)
-{
-    return Unsigned(v);
-}
-
-PCM_TARGET inline float FromSigned(uint32_t word)
-{
-    return static_cast<float>(static_cast<int32_t>(word));
-}
-PCM_TARGET inline float FromUnsigned(uint32_t word)
-{
-    return static_cast<float>(word);
-}
-PCM_TARGET inline uint32_t BitsOf(float sample)
-{
-    return std::bit_cast<uint32_t>(sample);
-}
-PCM_TARGET inline float FromBits(uint32_t bits)
-{
-    return std::bit_cast<float>(bits);
-}
-
-/// The same in every lane; taking zeros away changes no bit of it.
-template <class Samples> PCM_TARGET inline Samples All(float sample)
-{
-    return sample - Samples{};
-}
+// own vector type, with its operators; what has no operator is a function here. In a set without vectors the same words
+// mean one sample, so that a codec is written once for all sets.
 
 #ifdef PCM_VECTOR
 
-// Vectors, for all sets. `template <int... kAt>` with Count<n>() spells out the lanes 0 ... n - 1.
+// `template <int... kAt>` with Count<n>() spells out the lanes 0 ... n - 1.
 
 typedef float Floats __attribute__((vector_size(PCM_VECTOR)));
 typedef uint32_t Words __attribute__((vector_size(PCM_VECTOR)));
@@ -83,24 +29,48 @@ PCM_TARGET inline Floats FromSigned(Words words)
 {
     return __builtin_convertvector((Ints)words, Floats);
 }
+
+#else
+
+typedef float Floats;
+typedef uint32_t Words;
+
+PCM_TARGET inline Floats FromSigned(Words word)
+{
+    return static_cast<float>(static_cast<int32_t>(word));
+}
+
+#endif
+
+/// The same in every lane; taking zeros away changes no bit of it.
+template <class Vector> PCM_TARGET inline Vector All(float sample)
+{
+    return sample - Vector{};
+}
+
 PCM_TARGET inline Words BitsOf(Floats samples)
 {
-    return (Words)samples;
+    return __builtin_bit_cast(Words, samples);
 }
 PCM_TARGET inline Floats FromBits(Words bits)
 {
-    return (Floats)bits;
+    return __builtin_bit_cast(Floats, bits);
 }
 
 // What each set has an instruction for, or nearly:
 //
+// - Fused is a * b + c, rounded once. FromUnsigned rounds to the nearest.
+// - Signed and Unsigned truncate toward zero to an integer of 32 bits and saturate; NaN is 0.
+// - SignedTop is Signed, and OffsetTop offset binary, where the lowest byte does not count.
+//
+// and with vectors
+//
 // - Hold keeps a vector in a register, where GCC would load it again for each use.
 // - Permuted: lane i is lane places[i], and 0 where that is negative.
-// - Shuffled: in each 16 bytes, byte i is the byte that the control names, and 0 for 0x80. Control repeats 16 bytes.
-// - LoadPart loads as many quarters of a vector as the argument says; the others are unspecified. StorePart stores
-// them.
+// - StorePacked stores 16 words as containers of kContainer bytes each, LoadSpread loads a vector of words from such
+//   containers; neither touches a byte beyond. The control says where each byte comes from (Shuffles, pcm_convert.cpp).
 
-#if PCM_VECTOR == 64
+#if defined PCM_AVX512
 
 PCM_TARGET inline Floats Fused(Floats a, Floats b, Floats c)
 {
@@ -113,17 +83,17 @@ PCM_TARGET inline void Hold(Floats &v)
 PCM_TARGET inline Words Signed(Floats v)
 {
     const __m512i n = _mm512_maskz_cvttps_epi32(_mm512_cmp_ps_mask((__m512)v, (__m512)v, _CMP_ORD_Q), (__m512)v);
-    const __mmask16 above = _mm512_cmp_ps_mask((__m512)v, _mm512_set1_ps(0x1p31f), _CMP_GE_OQ);
-    return (Words)_mm512_mask_mov_epi32(n, above, _mm512_set1_epi32(INT32_MAX)); // below: 0x80000000
+    return (Words)_mm512_min_epu32(n, (__m512i)(BitsOf(v) | INT32_MAX)); // out of range n is 0x80000000
+}
+PCM_TARGET inline Words SignedTop(Floats v)
+{
+    const __m512 limited = _mm512_min_ps((__m512)v, _mm512_set1_ps(0x1.fffffep30f));
+    return (Words)_mm512_maskz_cvttps_epi32(_mm512_cmp_ps_mask((__m512)v, (__m512)v, _CMP_ORD_Q), limited);
 }
 PCM_TARGET inline Words Unsigned(Floats v)
 {
     return (Words)_mm512_cvttps_epu32(
         _mm512_max_ps((__m512)v, _mm512_setzero_ps())); // NaN: the second; above: all ones
-}
-PCM_TARGET inline Words UnsignedTop(Floats v)
-{
-    return Unsigned(v);
 }
 PCM_TARGET inline Floats FromUnsigned(Words words)
 {
@@ -133,32 +103,6 @@ PCM_TARGET inline Words Permuted(Words words, Ints places)
 {
     const __mmask16 taken = _mm512_cmpge_epi32_mask((__m512i)places, _mm512_setzero_si512());
     return (Words)_mm512_maskz_permutexvar_epi32(taken, (__m512i)places, (__m512i)words);
-}
-PCM_TARGET inline Words Shuffled(Words words, Words control)
-{
-    return (Words)_mm512_shuffle_epi8((__m512i)words, (__m512i)control);
-}
-PCM_TARGET inline Words Control(const uint8_t *bytes)
-{
-    return (Words)_mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)));
-}
-template <int kQuarters> PCM_TARGET inline Words LoadPart(const uint8_t *source)
-{
-    if constexpr (kQuarters == 1)
-        return (Words)_mm512_castsi128_si512(_mm_loadu_si128(reinterpret_cast<const __m128i *>(source)));
-    else if constexpr (kQuarters == 2)
-        return (Words)_mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(source)));
-    else
-        return (Words)_mm512_maskz_loadu_epi32(0x0FFF, source);
-}
-template <int kQuarters> PCM_TARGET inline void StorePart(uint8_t *dest, Words words)
-{
-    if constexpr (kQuarters >= 2)
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(dest), _mm512_castsi512_si256((__m512i)words));
-    if constexpr (kQuarters == 1)
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dest), _mm512_castsi512_si128((__m512i)words));
-    if constexpr (kQuarters == 3)
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(dest + 32), _mm512_extracti32x4_epi32((__m512i)words, 2));
 }
 
 // The lanes of which the mask has a bit; the others are 0, and their memory is left alone.
@@ -171,7 +115,40 @@ PCM_TARGET inline void StoreLanes(float *dest, unsigned mask, Floats v)
     _mm512_mask_storeu_ps(dest, static_cast<__mmask16>(mask), (__m512)v);
 }
 
-#elif PCM_VECTOR == 32
+#ifdef PCM_VBMI // one permutation does all: a control names bytes of the whole vector
+
+PCM_TARGET inline Words PermutedBytes(Words words, Words control)
+{
+    const __mmask64 taken = ~_mm512_movepi8_mask((__m512i)control);
+    return (Words)_mm512_maskz_permutexvar_epi8(taken, (__m512i)control, (__m512i)words);
+}
+template <int kContainer> PCM_TARGET inline void StorePacked(uint8_t *dest, const Words (&words)[1], Words control)
+{
+    const auto packed = (__m512i)PermutedBytes(words[0], control);
+    if constexpr (kContainer == 4)
+        Store(dest, packed);
+    else if constexpr (kContainer == 1)
+        Store(dest, _mm512_castsi512_si128(packed));
+    else
+        Store(dest, _mm512_castsi512_si256(packed));
+    if constexpr (kContainer == 3)
+        Store(dest + 32, _mm512_extracti32x4_epi32(packed, 2));
+}
+template <int kContainer> PCM_TARGET inline Words LoadSpread(const uint8_t *source, Words control)
+{
+    __m512i bytes;
+    if constexpr (kContainer == 1)
+        bytes = _mm512_castsi128_si512(Load<__m128i>(source));
+    else if constexpr (kContainer == 2)
+        bytes = _mm512_castsi256_si512(Load<__m256i>(source));
+    else
+        bytes = _mm512_maskz_loadu_epi32(kContainer == 3 ? 0x0FFF : 0xFFFF, source);
+    return PermutedBytes((Words)bytes, control);
+}
+
+#endif
+
+#elif defined PCM_AVX2
 
 PCM_TARGET inline Floats Fused(Floats a, Floats b, Floats c)
 {
@@ -183,20 +160,27 @@ PCM_TARGET inline void Hold(Floats &v)
 }
 PCM_TARGET inline Words Signed(Floats v)
 {
-    const Ints n = (Ints)_mm256_cvttps_epi32((__m256)v); // out of range, NaN: 0x80000000
-    return (Words)((n ^ (v >= 0x1p31f)) & (v == v));
+    const Words n = (Words)_mm256_cvttps_epi32((__m256)v) & (Words)(v == v);
+    return (Words)_mm256_min_epu32((__m256i)n, (__m256i)(BitsOf(v) | INT32_MAX)); // out of range n is 0x80000000
+}
+PCM_TARGET inline Words SignedTop(Floats v)
+{
+    const __m256 limited = _mm256_min_ps((__m256)v, _mm256_set1_ps(0x1.fffffep30f));
+    return (Words)_mm256_cvttps_epi32(limited) & (Words)(v == v);
 }
 PCM_TARGET inline Words Unsigned(Floats v)
 {
     v = (Floats)_mm256_max_ps((__m256)v, _mm256_setzero_ps()); // NaN: the second
-    const Words upper = (Words)(v >= 0x1p31f);
-    const Floats low = v - (Floats)(upper & (Words)All<Floats>(0x1p31f)); // the upper half's are exact
-    return ((Words)_mm256_cvttps_epi32((__m256)low) ^ (upper << 31)) | (Words)(v >= 0x1p32f);
+    const Words n = (Words)_mm256_cvttps_epi32((__m256)v);     // from 2^31 on 0x80000000, and from there on:
+    const Words above = (Words)_mm256_cvttps_epi32((__m256)(v - 0x1p31f));
+    const Words upper = (above ^ 0x80000000) | (Words)((Ints)above >> 31);
+    return (Words)_mm256_blendv_ps((__m256)n, (__m256)upper, (__m256)n);
 }
-PCM_TARGET inline Words UnsignedTop(Floats v) // without the lowest byte it is a signed integer: half the instructions
+PCM_TARGET inline Words OffsetTop(Floats samples) // 24 bits of a signed integer: half the instructions
 {
-    v = (Floats)_mm256_max_ps((__m256)(v * 0x1p-8f), _mm256_setzero_ps()); // NaN: the second
-    return (Words)_mm256_cvttps_epi32(_mm256_min_ps((__m256)v, _mm256_set1_ps(0x1.fffffep23f))) << 8;
+    const Floats v = Fused(samples, All<Floats>(0x1p23f), All<Floats>(0x1p23f));
+    const __m256i n = _mm256_cvttps_epi32(_mm256_min_ps(_mm256_set1_ps(0x1.fffffep23f), (__m256)v)); // NaN: the second
+    return (Words)_mm256_max_epi32(n, _mm256_setzero_si256()) << 8;
 }
 PCM_TARGET inline Floats FromUnsigned(Words words) // from its halves, whose sum is rounded once
 {
@@ -210,33 +194,39 @@ PCM_TARGET inline Words Shuffled(Words words, Words control)
 {
     return (Words)_mm256_shuffle_epi8((__m256i)words, (__m256i)control);
 }
-PCM_TARGET inline Words Control(const uint8_t *bytes)
+template <int kContainer> PCM_TARGET inline void StorePacked(uint8_t *dest, const Words (&words)[2], Words control)
 {
-    return (Words)_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)));
+    const Words a = Shuffled(words[0], control), b = Shuffled(words[1], control);
+    if constexpr (kContainer == 1) {
+        const auto both = (Words)_mm256_unpacklo_epi32((__m256i)a, (__m256i)b);
+        Store(dest, __builtin_shufflevector(both, both, 0, 4, 1, 5));
+    } else if constexpr (kContainer == 2) {
+        Store(dest, _mm256_permute4x64_epi64(_mm256_unpacklo_epi64((__m256i)a, (__m256i)b), 0xD8));
+    } else if constexpr (kContainer == 3) {
+        const auto low = (__m256i)__builtin_shufflevector(a, a, 0, 1, 2, 4, 5, 6, 0, 0);
+        const auto high = (__m256i)__builtin_shufflevector(b, b, 2, 4, 5, 6, 0, 0, 0, 1);
+        Store(dest, _mm256_blend_epi32(low, high, 0xC0));
+        Store(dest + 32, _mm256_castsi256_si128(high));
+    } else {
+        Store(dest, a);
+        Store(dest + 32, b);
+    }
 }
-template <int kQuarters> PCM_TARGET inline Words LoadPart(const uint8_t *source)
+template <int kContainer> PCM_TARGET inline Words LoadSpread(const uint8_t *source, Words control)
 {
-    const auto *at = reinterpret_cast<const __m128i *>(source);
-    if constexpr (kQuarters == 1)
-        return (Words)_mm256_castsi128_si256(_mm_loadl_epi64(at));
-    const __m256i low = _mm256_castsi128_si256(_mm_loadu_si128(at));
-    if constexpr (kQuarters == 2)
-        return (Words)low;
+    __m256i bytes; // each half has those of its four lanes
+    if constexpr (kContainer == 1)
+        bytes = _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(source)));
+    else if constexpr (kContainer == 4)
+        bytes = Load<__m256i>(source);
     else
-        return (Words)_mm256_inserti128_si256(low, _mm_loadl_epi64(at + 1), 1);
-}
-template <int kQuarters> PCM_TARGET inline void StorePart(uint8_t *dest, Words words)
-{
-    auto *const at = reinterpret_cast<__m128i *>(dest);
-    if constexpr (kQuarters == 1)
-        _mm_storel_epi64(at, _mm256_castsi256_si128((__m256i)words));
-    else
-        _mm_storeu_si128(at, _mm256_castsi256_si128((__m256i)words));
-    if constexpr (kQuarters == 3)
-        _mm_storel_epi64(at + 1, _mm256_extracti128_si256((__m256i)words, 1));
+        bytes = _mm256_broadcastsi128_si256(Load<__m128i>(source));
+    if constexpr (kContainer == 3)
+        bytes = _mm256_inserti128_si256(bytes, Load<__m128i>(source + 8), 1);
+    return Shuffled((Words)bytes, control);
 }
 
-#else // NEON
+#elif defined PCM_NEON
 
 PCM_TARGET inline Floats Fused(Floats a, Floats b, Floats c)
 {
@@ -254,10 +244,6 @@ PCM_TARGET inline Words Unsigned(Floats v)
 {
     return (Words)vcvtq_u32_f32((float32x4_t)v);
 }
-PCM_TARGET inline Words UnsignedTop(Floats v)
-{
-    return Unsigned(v);
-}
 PCM_TARGET inline Floats FromUnsigned(Words words)
 {
     return (Floats)vcvtq_f32_u32((uint32x4_t)words);
@@ -270,29 +256,71 @@ PCM_TARGET inline Words Permuted(Words words, Ints places)
 {
     return Shuffled(words, (Words)places * 0x04040404u + 0x03020100u); // bytes from beyond are 0
 }
-PCM_TARGET inline Words Control(const uint8_t *bytes)
+template <int kContainer> PCM_TARGET inline void StorePacked(uint8_t *dest, const Words (&words)[4], Words control)
 {
-    return Load<Words>(bytes);
+    for (int i = 0; i < 4; ++i, dest += 4 * kContainer) {
+        const Words packed = Shuffled(words[i], control);
+        if constexpr (kContainer == 1)
+            Store(dest, packed[0]);
+        else if constexpr (kContainer == 4)
+            Store(dest, packed);
+        else
+            vst1_u8(dest, vget_low_u8((uint8x16_t)packed));
+        if constexpr (kContainer == 3)
+            Store(dest + 8, packed[2]);
+    }
 }
-template <int kQuarters> PCM_TARGET inline Words LoadPart(const uint8_t *source)
+template <int kContainer> PCM_TARGET inline Words LoadSpread(const uint8_t *source, Words control)
 {
-    if constexpr (kQuarters == 1)
-        return (Words)vdupq_n_u32(Load<uint32_t>(source));
-    const auto low = vreinterpretq_u32_u8(vcombine_u8(vld1_u8(source), vdup_n_u8(0)));
-    if constexpr (kQuarters == 2)
-        return (Words)low;
+    uint32x4_t bytes;
+    if constexpr (kContainer == 1)
+        bytes = vdupq_n_u32(Load<uint32_t>(source));
+    else if constexpr (kContainer == 4)
+        bytes = Load<uint32x4_t>(source);
     else
-        return (Words)vsetq_lane_u32(Load<uint32_t>(source + 8), low, 2);
+        bytes = vreinterpretq_u32_u8(vcombine_u8(vld1_u8(source), vdup_n_u8(0)));
+    if constexpr (kContainer == 3)
+        bytes = vsetq_lane_u32(Load<uint32_t>(source + 8), bytes, 2);
+    return Shuffled((Words)bytes, control);
 }
-template <int kQuarters> PCM_TARGET inline void StorePart(uint8_t *dest, Words words)
+
+#elif defined PCM_VECTOR
+#error "pcm_vectors.h has no block for this instruction set"
+#else
+
+PCM_TARGET inline float Fused(float a, float b, float c)
 {
-    if constexpr (kQuarters == 1)
-        Store(dest, words[0]);
-    else
-        vst1_u8(dest, vget_low_u8((uint8x16_t)words));
-    if constexpr (kQuarters == 3)
-        Store(dest + 8, words[2]);
+    return std::fma(a, b, c);
+}
+PCM_TARGET inline uint32_t Signed(float v)
+{
+    const float inRange = v > -0x1p31f ? v < 0x1p31f ? v : 0x1.fffffep30f : -0x1p31f; // NaN: -2^31
+    const auto n = static_cast<uint32_t>(static_cast<int32_t>(inRange));
+    const uint32_t saturated = v >= 0x1p31f ? 0x7FFFFFFFu : n;
+    return v == v ? saturated : 0;
+}
+PCM_TARGET inline uint32_t Unsigned(float v)
+{
+    const float inRange = v > 0.0f ? v < 0x1p32f ? v : 0x1.fffffep31f : 0.0f; // NaN: 0
+    const auto n = static_cast<uint32_t>(static_cast<int64_t>(inRange));
+    return v >= 0x1p32f ? ~uint32_t{0} : n;
+}
+PCM_TARGET inline float FromUnsigned(uint32_t word)
+{
+    return static_cast<float>(word);
 }
 
 #endif
+
+#if !defined PCM_AVX512 && !defined PCM_AVX2
+PCM_TARGET inline Words SignedTop(Floats v)
+{
+    return Signed(v);
+}
+#endif
+#ifndef PCM_AVX2
+PCM_TARGET inline Words OffsetTop(Floats samples)
+{
+    return Unsigned(Fused(samples, All<Floats>(0x1p31f), All<Floats>(0x1p31f)));
+}
 #endif
