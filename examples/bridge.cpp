@@ -252,7 +252,9 @@ private:
 
     void Tick()
     {
-        const Seconds now = std::chrono::duration<double>(Clock::now() - start_).count();
+        // The time on the conference's clock, which stands still with us when we are kept from running.
+        const auto late = std::chrono::duration<double>(Clock::now() - start_ - ticks_ * kTick).count();
+        const Seconds now = static_cast<double>(ticks_) / kTicksPerSecond + std::min(late, 1.0 / kTicksPerSecond);
         const double wallClock = WallClock();
         poll_.Ready(2 * lines_.size(), [&](std::uint64_t number) {
             const std::size_t i = number / 2;
