@@ -66,7 +66,7 @@ PCM_TARGET inline Floats FromBits(Words bits)
 // and with vectors
 //
 // - Hold keeps a vector in a register, where GCC would load it again for each use.
-// - Permuted: lane i is lane places[i], and 0 where that is negative.
+// - Permuted: lane i is lane places[i]; unspecified where there is no such lane.
 // - StorePacked stores 16 words as containers of kContainer bytes each, LoadSpread loads a vector of words from such
 //   containers; neither touches a byte beyond. The control says where each byte comes from (Shuffles, pcm_convert.cpp).
 
@@ -101,8 +101,7 @@ PCM_TARGET inline Floats FromUnsigned(Words words)
 }
 PCM_TARGET inline Words Permuted(Words words, Ints places)
 {
-    const __mmask16 taken = _mm512_cmpge_epi32_mask((__m512i)places, _mm512_setzero_si512());
-    return (Words)_mm512_maskz_permutexvar_epi32(taken, (__m512i)places, (__m512i)words);
+    return (Words)_mm512_permutexvar_epi32((__m512i)places, (__m512i)words);
 }
 
 // The lanes of which the mask has a bit; the others are 0, and their memory is left alone.
@@ -188,7 +187,7 @@ PCM_TARGET inline Floats FromUnsigned(Words words) // from its halves, whose sum
 }
 PCM_TARGET inline Words Permuted(Words words, Ints places)
 {
-    return (Words)_mm256_permutevar8x32_epi32((__m256i)words, (__m256i)places) & ~(Words)(places >> 31);
+    return (Words)_mm256_permutevar8x32_epi32((__m256i)words, (__m256i)places);
 }
 PCM_TARGET inline Words Shuffled(Words words, Words control)
 {
@@ -254,7 +253,7 @@ PCM_TARGET inline Words Shuffled(Words words, Words control)
 }
 PCM_TARGET inline Words Permuted(Words words, Ints places)
 {
-    return Shuffled(words, (Words)places * 0x04040404u + 0x03020100u); // bytes from beyond are 0
+    return Shuffled(words, (Words)places * 0x04040404u + 0x03020100u);
 }
 template <int kContainer> PCM_TARGET inline void StorePacked(uint8_t *dest, const Words (&words)[4], Words control)
 {
