@@ -20,6 +20,7 @@ TEST(Convert, BytesThatCanBeLookedUp)
         {"16 NaN", s16, nan, {0x00, 0x00}, 0.0f}, {"16 unsigned NaN", s16 | u, nan, {0x00, 0x00}, -1.0f},
         {"16 rounds down, not to zero", s16, -1e-6f, {0xFF, 0xFF}, -1 / 32768.0f},
         {"8 unsigned middle", s8 | u, 0.0f, {0x80}, 0.0f}, {"8 unsigned full", s8 | u, 1.0f, {0xFF}, 127 / 128.0f},
+        {"24 quarter", PCM_ENCODING_INT_24, -0.25f, {0x00, 0x00, 0xE0}, -0.25f},
         {"32 full", PCM_ENCODING_INT_32, 1.0f, {0xFF, 0xFF, 0xFF, 0x7F}, 1.0f},
         {"16 in 32, big", s16 | in32 | big, code1234, {0, 0, 0x12, 0x34}, code1234},
         {"16 in 32, big, first", s16 | in32 | big | PCM_ENCODING_PAD_AFTER, code1234, {0x12, 0x34, 0, 0}, code1234},
@@ -41,6 +42,8 @@ TEST(Convert, BytesThatCanBeLookedUp)
         EXPECT_EQ(bytes, row.bytes);
         EXPECT_EQ(decoded, row.decoded);
     }
+    for (const PCM_ENCODING type : SampleTypes())
+        EXPECT_TRUE(std::ranges::any_of(rows, [=](auto &row) { return row.encoding & type; })) << type << " has no row";
 }
 
 /// ITU-T G.711, by the decision and reconstruction values of its tables rather than by shifts: each code is the
@@ -71,18 +74,18 @@ void CheckCodecs(const std::vector<uint32_t> &patterns, std::initializer_list<PC
     Samples samples, decoded(patterns.size());
     for (const uint32_t pattern : patterns)
         samples.push_back(std::bit_cast<float>(pattern));
-    for (const PCM_ENCODING type : {1, 2, 4, 8, 16, 32, 64})
+    for (const PCM_ENCODING type : SampleTypes())
         for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED})
             for (const PCM_ENCODING pack : packs) {
                 const Plain plain(type | sign | pack);
                 Bytes bytes(samples.size() * static_cast<std::size_t>(plain.container), 0xA5);
                 pcm___Convert(bytes.data(), type | sign | pack, samples.data(), 0, std::ssize(samples));
-                ASSERT_TRUE(bytes == plain.Encode(samples)) << (type | sign | pack);
+                ASSERT_TRUE(SameBytes(bytes, plain.Encode(samples), type | sign | pack));
                 for (pbInt i = 0; i < std::ssize(patterns); ++i)
                     for (pbInt b = 0; b < plain.bytes; ++b) // the top bytes
                         bytes[plain.PlaceOf(i, b)] = static_cast<uint8_t>(patterns[i] >> 8 * (4 - plain.bytes + b));
                 pcm___Convert(decoded.data(), 0, bytes.data(), type | sign | pack, std::ssize(decoded));
-                ASSERT_TRUE(BitsOf(decoded) == BitsOf(plain.Decode(bytes))) << (type | sign | pack);
+                ASSERT_TRUE(SameBytes(decoded, plain.Decode(bytes), type | sign | pack));
             }
 }
 
