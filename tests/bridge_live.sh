@@ -1,9 +1,11 @@
 #!/bin/sh
-# bridge_live.sh BRIDGE TONES: lets FFmpeg call the bridge over the loopback. Three parties of different encodings each
-# send a tone; each must receive the tones of the two others and nothing else: no gap, no slip, nothing of its own. A
-# fourth call carries DTMF, which multimon-ng reads. Ends with 77 where one of them is not installed.
+# bridge_live.sh BRIDGE TONES [KEYS]: lets FFmpeg call the bridge over the loopback. Three parties of different
+# encodings each send a tone; each must receive the tones of the two others and nothing else: no gap, no slip, nothing
+# of its own, and nothing of a stranger who sends 20000 packets a second to the first one's port. A fourth call carries
+# DTMF, which multimon-ng reads. A fifth carries telephone events that GStreamer makes (KEYS is dtmf_client), which one
+# bridge passes on to another that makes tones of them. Ends with 77 where FFmpeg or multimon-ng is not installed.
 set -eu
-bridge=$1 tones=$2
+bridge=$1 tones=$2 keys=${3:-}
 for tool in ffmpeg multimon-ng; do
     command -v $tool >/dev/null || { echo "$tool is not installed"; exit 77; }
 done
@@ -37,7 +39,18 @@ start send $((port + 2)) -f lavfi -i "$(tone 1011 8000)" -c:a pcm_alaw
 start send $((port + 4)) -f lavfi -i "$(tone 1723 16000)" -c:a pcm_s16be -payload_type 96
 "$tones" dtmf '0123456789*#ABCD' "$work/dtmf.wav" --rate 8000 >/dev/null
 start send $((port + 20)) -i "$work/dtmf.wav" -af asetnsamples=160 -c:a pcm_mulaw
-"$bridge" --parties 1 --port $port 2>&1 | grep -q "cannot listen on ports $port and" || { echo "takes a port twice"; exit 1; }
+"$bridge" --parties 1 --port $port 2>&1 | grep -q "cannot listen on ports $port and" ||
+    { echo "takes a port twice"; exit 1; }
+sleep 1
+start ffmpeg $quiet -readrate 400 -f lavfi -i "$(tone 2000 8000)" -t 2000 -c:a pcm_mulaw \
+    -f rtp "rtp://127.0.0.1:$port" >/dev/null
+if [ -n "$keys" ]; then
+    start "$bridge" --parties 2 --port $((port + 6)) --to 127.0.0.1:$((port + 34)) --digits events
+    start "$bridge" --parties 2 --port $((port + 36)) --record "$work/keys.wav"
+    second=$!
+    sleep 0.5
+    "$keys" $((port + 6)) '159*#D' || keys=
+fi
 wait $r0 && wait $r1 && wait $r2 && wait $r3
 kill $conference
 wait $conference
@@ -71,4 +84,11 @@ for file in 0 1 2 3; do
 done
 heard=$(multimon-ng -q -a DTMF -t raw "$work/dtmf" | sed -n 's/^DTMF: //p' | tr -d '\n')
 [ "$heard" = '0123456789*#ABCD' ] || { echo "DTMF arrives as '$heard'"; status=1; }
+if [ -n "$keys" ]; then
+    kill $second
+    wait $second
+    heard=$(ffmpeg $quiet -i "$work/keys.wav" -ar 22050 -f s16le - | multimon-ng -q -a DTMF -t raw - |
+        sed -n 's/^DTMF: //p' | tr -d '\n')
+    [ "$heard" = '159*#D' ] || { echo "Telephone events arrive as '$heard'"; status=1; }
+fi
 exit $status
