@@ -1,8 +1,8 @@
-// Bridge: a telephone conference over RTP. Everybody sends to a port of his own and hears all the others.
+// Bridge: a telephone conference over RTP. Each party sends to a port of its own and hears all the others.
 //
 // One thread. Every 20 ms, at times that are counted from the start and so do not drift, it takes what has come to the
-// sockets (network.h), lets the conference (conference.h) go on, and sends to each party what it hears. It never waits
-// for a socket: what comes in between waits in the kernel, and of a flood no more than a batch is looked at in a tick.
+// sockets (network.h), advances the conference (conference.h), and sends to each party what it hears. It never waits
+// for a socket: what comes in between waits in the kernel, and a tick reads at most one batch of a flood.
 #include "audio_file.h"
 #include "conference.h"
 #include "network.h"
@@ -53,6 +53,14 @@ std::string ItemOf(const std::string &list, std::size_t index)
     return list.substr(begin, list.find(',', begin) - begin);
 }
 
+std::string FormatNames()
+{
+    std::string names;
+    for (const RtpFormat &format : kRtpFormats)
+        names += (names.empty() ? "" : ", ") + std::string(format.name);
+    return names;
+}
+
 RtpFormat FormatOf(std::string name, const Options &options)
 {
     if (name == "L16")
@@ -77,13 +85,13 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
          {"--port", "P", "the first party's port",
           [&](auto &name, auto &value) { options.port = CountOf(name, value, 1, kHighestPort); }},
          {"--encoding", "NAME[,NAME]...",
-          "of each party, the last also of all that follow: PCMU, PCMA, L16/8000, L16/16000,\n"
-          "L16/44100, L16/48000, or L16 at the rate of --rate; default PCMU",
+          "of each party, the last also of all that follow; default PCMU:\n" + FormatNames() +
+              ",\nor L16 at the rate of --rate",
           [&](auto &, auto &value) { options.encodings = value; }},
          {"--payload-type", "N", "of L16 at other rates than 44100, 96 to 127; default 96",
           [&](auto &name, auto &value) { options.payloadType = CountOf(name, value, 96, 127); }},
          {"--level", "DB[,DB]...",
-          "raise the level of each party by so many decibels, or lower it: -200 to 40;\n"
+          "raise the level of each party by DB decibels, or lower it: -200 to 40;\n"
           "the last also of all that follow",
           [&](auto &, auto &value) { options.levels = value; }},
          {"--delay", "MIN[:MAX]",
@@ -118,7 +126,7 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
           [&](auto &name, auto &value) { options.rate = CountOf(name, value, 8000, 48000); }},
          {"--record", "FILE", "record all parties together, 16 bits in a .wav, .au or .raw file",
           [&](auto &, auto &value) { options.record = value; }},
-         {"--seconds", "S", "end after so many",
+         {"--seconds", "S", "end after S seconds",
           [&](auto &name, auto &value) { options.seconds = NumberOf(name, value, 0.02, options.seconds); }},
          {"--address", "A", "where to listen; default 127.0.0.1, which only this machine reaches",
           [&](auto &, auto &value) { options.address = value; }},
@@ -134,7 +142,7 @@ std::optional<Options> ParseArguments(const std::vector<std::string> &arguments)
     if (!options.parties || !options.port || !words->empty())
         throw Failure("needs --parties and --port, and takes nothing but options; see pcm-bridge --help");
     if (std::max(options.port, options.to ? options.to->second : 0) + 2 * options.parties - 1 > kHighestPort)
-        throw Failure("so many parties need more ports than there are from this one on");
+        throw Failure("there are not enough ports above this one for all parties");
     if (options.party.eventType == options.payloadType)
         throw Failure("--event-type and --payload-type are the same");
     return options;
@@ -216,7 +224,7 @@ public:
         report_ = ReportFile(options.record);
     }
 
-    /// Until so many ticks are over, or somebody ends it.
+    /// Until that many ticks have passed, or a signal ends it.
     void Run(pbInt ticks)
     {
         const bool terminal = isatty(STDERR_FILENO);
@@ -295,11 +303,11 @@ private:
             WriteStatistics();
     }
 
-    /// A datagram at a party's port. Who speaks keeps the port as long as he is present.
+    /// A datagram at a party's port. The sender keeps the port as long as it is present.
     void Take(std::size_t i, std::span<const std::byte> datagram, const Address &from, Seconds arrival)
     {
         Line &line = lines_[i];
-        if (line.held && from != line.peer) { // it came before the socket was his
+        if (line.held && from != line.peer) { // it came before the socket was connected
             ++strange_;
         } else if (IsRtcp(datagram)) {
             if (from == line.peer && conference_.At(i).ReceiveReport(datagram, NtpTime()))
@@ -314,7 +322,7 @@ private:
         }
     }
 
-    /// Whether somebody is there to be sent anything.
+    /// Whether there is anywhere to send to.
     bool Listens(std::size_t i) const
     {
         const pbInt quiet = conference_.At(i).Quiet();

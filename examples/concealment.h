@@ -1,6 +1,6 @@
 // What is heard where a packet is lost: the last period of the voice over and over, softer and softer, silent after
-// 50 ms. SpanDSP's concealment does it, which is made for 8000 frames per second; at a multiple of that rate, every so
-// many frames are a stream of their own.
+// 50 ms. SpanDSP's concealment does it, which is made for 8000 frames per second; at a multiple of
+// that rate the frames are dealt out to several streams of that rate.
 #pragma once
 
 #include <pcm/pcm.hpp>

@@ -15,7 +15,7 @@ pcm::Packet Silence(pbInt frames)
     return silence;
 }
 
-/// Changes each sample of a packet by that of another; who else holds the packet keeps it as it was.
+/// Changes each sample of a packet by that of another; other holders of the packet keep it as it was.
 template <class Operation> void Combine(pcm::Packet *pkt, const pcm::Packet &other, Operation operation)
 {
     const auto samples = pkt->MutableSamples();
@@ -88,7 +88,7 @@ std::size_t Conference::BusOf(pbInt rate)
 }
 
 /**
-   What a party hears is the sum of all less what it said itself: one addition and one subtraction for each party, where
+   What a party hears is the sum of all minus its own voice: one addition and one subtraction for each party, where
    adding up the others for each would take as many as there are others.
 
    That nothing of its own voice stays behind: what G.711 and L16 decode to are whole multiples of 2^-15 in [-1, 1], and

@@ -36,7 +36,7 @@ pcm::Packet Of16Bits(const pcm::Packet &pkt)
     return pcm::Packet::TryDecode(pkt.Encode(kL16), kL16, 1);
 }
 
-/// White noise so many decibels below the loudest square wave (RFC 3389).
+/// White noise at a level in decibels below the loudest square wave (RFC 3389).
 pcm::Packet Noise(pbInt frames, int level)
 {
     auto noise = pcm::NoiseGather(frames);
@@ -61,7 +61,7 @@ double PowerOf(std::span<const PCM_SAMPLE> samples)
     return std::accumulate(sums.begin(), sums.end(), 0.0) / static_cast<double>(std::max<std::size_t>(i, 1));
 }
 
-/// How much a stretch is like the one so many frames later: 1 when they are the same but for their level.
+/// How similar a stretch is to the one `lag` frames later: 1 when they differ in level only.
 double Likeness(std::span<const PCM_SAMPLE> samples, std::size_t lag, std::size_t length, std::size_t step)
 {
     double product = 0, first = 0, second = 0;
@@ -261,7 +261,7 @@ bool Party::TakeEvent(const RtpPacket &rtp)
     const std::uint32_t timestamp = rtp.header.timestamp;
     if (!event_ || timestamp != event_->timestamp) {
         if (event_ && static_cast<std::int32_t>(timestamp - event_->timestamp) < 0)
-            return true; // of one before
+            return true; // it belongs to an earlier one
         // A long press comes in segments, each of which begins where the one before ended.
         const bool goesOn = event_ && !event_->done && event->code == event_->last.code &&
                             timestamp - event_->timestamp == event_->last.duration;
@@ -287,7 +287,7 @@ void Party::FinishEvent()
     pressed_.push_back({event_->last.code, event_->last.volume, static_cast<pbInt>(duration)});
 }
 
-/// Whether so many frames have come of those that are played next.
+/// Whether the next `frames` to be played have come.
 bool Party::Has(pbInt frames) const
 {
     pbInt until = position_;
@@ -297,8 +297,7 @@ bool Party::Has(pbInt frames) const
     return until >= position_ + frames;
 }
 
-/// What has come of so many frames from the position on, one run after the other, and what fills the gaps between them.
-/// The position goes on.
+/// The next `frames` from the position on: what has come, and what fills the gaps between. Advances the position.
 pcm::Packet Party::Take(pbInt frames)
 {
     const pbInt end = position_ + frames;

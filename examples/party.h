@@ -1,12 +1,12 @@
-// A party of the conference: puts what comes from it in order and into time, fills what is missing, and wraps up what
-// goes to it.
+// A party of the conference: puts its packets in order and into time, conceals what is missing, and makes the packets
+// that are sent to it.
 //
 // The two clocks. A party's timestamps count frames of its own clock, which runs a little faster or slower than ours.
 // What is played of it is at `position_`, which goes on by 20 ms with each tick. How early a packet comes is its lead:
-// its timestamp less the time of its arrival on our clock. Leads wander with the two clocks and scatter with the
+// its timestamp minus the time of its arrival on our clock. Leads wander with the two clocks and scatter with the
 // network's jitter, so the least and the greatest lead of the last fifteen seconds say where the position should be: so
 // that the latest packet is just in time, within the bounds that are set for the delay. In a pause the position is
-// corrected at once, by leaving out frames or having them twice; in speech by one period of the voice at a time.
+// corrected at once, by dropping or repeating frames; in speech by one period of the voice at a time.
 #pragma once
 
 #include "concealment.h"
@@ -74,11 +74,11 @@ struct Statistics {
     pbInt late = 0;                       ///< received after their time
     pbInt duplicates = 0;                 ///< came before
     pbInt refused = 0;                    ///< datagrams that are no packet of the party's, or of another source
-    pbInt concealed = 0;                  ///< frames made up where none had come
-    pbInt corrected = 0;                  ///< frames left out or had twice because of the clocks
+    pbInt concealed = 0;                  ///< frames filled in where none had come
+    pbInt corrected = 0;                  ///< frames dropped or repeated because of the clocks
     double jitter = 0;                    ///< ms, as in RFC 3550
     double delay = 0;                     ///< ms between arrival and play, on average
-    double aim = 0;                       ///< ms; what the delay is led to
+    double aim = 0;                       ///< ms; the delay that is aimed at
     double level = -200;                  ///< dB; root mean square of about the last second
     double peerLost = 0;                  ///< share of our packets since the last report, as the party says
     double peerJitter = 0, roundTrip = 0; ///< ms; 0: the party sends no reports
@@ -151,7 +151,7 @@ public:
     const RtpFormat &Format() const { return format_; }
     pbInt Frames() const { return format_.rate / kTicksPerSecond; } ///< in 20 ms
     Statistics Count() const;
-    pbInt Quiet() const { return quiet_; } ///< ticks since anything of it came; hugely many before the first
+    pbInt Quiet() const { return quiet_; } ///< ticks since anything of it came; very many before the first
     /// Whether something has come in the last second or, as RTCP comes every five, in the last ten from who sends it.
     bool Present() const { return quiet_ < (reports_ ? 10 : 1) * kTicksPerSecond; }
 

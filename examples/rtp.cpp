@@ -10,7 +10,7 @@ constexpr unsigned kVersion = 2;
 constexpr std::uint8_t kSenderReport = 200, kReceiverReport = 201, kDescription = 202, kGoodbye = 203;
 constexpr std::size_t kReportBlockBytes = 24, kSenderInfoBytes = 20;
 
-/// Reads big-endian numbers. Who asks has seen that there are so many bytes.
+/// Reads big-endian numbers. The caller has checked that the bytes are there.
 std::uint32_t Number(std::span<const std::byte> bytes, std::size_t at, std::size_t count)
 {
     std::uint32_t value = 0;

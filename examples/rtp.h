@@ -1,6 +1,6 @@
-// What is RTP's own (RFC 3550): packets and reports read and written, every length in them checked, and what is known
-// of a source: whether it is one, what of it is lost, and how much its packets jitter. Beside it the payloads of
-// telephone events (RFC 4733) and comfort noise (RFC 3389).
+// RTP (RFC 3550): reads and writes packets and reports, checks every length in them, and keeps account of a source:
+// whether it is valid, how many of its packets are lost, and their jitter. Also the payloads of telephone events
+// (RFC 4733) and comfort noise (RFC 3389).
 //
 // Why without a library. Those at hand (oRTP, re, GStreamer's) come as sessions with sockets, clocks, event loops and
 // jitter buffers of their own. The bridge needs the parts between them: it reads a thousand sockets in one go, plays on
@@ -49,14 +49,14 @@ bool IsRtcp(std::span<const std::byte> datagram);
 struct TelephoneEvent {
     std::uint8_t code;      ///< 0 to 9, 10 for *, 11 for #, 12 to 15 for A to D
     bool end;               ///< whether it is over
-    std::uint8_t volume;    ///< so many decibels below full scale, 0 to 63
+    std::uint8_t volume;    ///< decibels below full scale, 0 to 63
     std::uint16_t duration; ///< until now, in frames
 };
 
 std::optional<TelephoneEvent> ParseEvent(std::span<const std::byte> payload);
 std::array<std::byte, 4> EventBytes(const TelephoneEvent &event);
 
-/// What the receiver of a source reports of it.
+/// What a receiver reports of a source.
 struct ReportBlock {
     std::uint32_t source = 0;
     std::uint8_t fraction = 0;    ///< lost since the last report, in 256ths
@@ -67,7 +67,7 @@ struct ReportBlock {
     std::uint32_t sinceThen = 0;  ///< 2^-16 seconds
 };
 
-/// What the sender of a source reports of itself.
+/// What a source reports of itself.
 struct SenderReport {
     std::uint64_t ntp = 0;       ///< wall clock, in 2^-32 seconds since 1900
     std::uint32_t timestamp = 0; ///< of its packets at that time
