@@ -26,7 +26,7 @@ enum Kind : uint8_t { kSigned, kSigned32, kOffset, kOffset32, kFloat, kAlaw, kMu
 /// By the flag of a sample's type, for signed and for unsigned samples.
 constexpr Kind kKindOf[][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},       {kSigned, kOffset}, {kSigned, kOffset},
                                {kSigned, kOffset}, {kSigned32, kOffset32}, {kFloat, kFloat},   {kFloat, kFloat}};
-static_assert(std::size(kKindOf) == kTypeCount + 1);
+static_assert(std::size(kKindOf) == kNoType + 1);
 
 /// A codec's loops by container: of 1 to 4 bytes, or kWords, four bytes in the host's order. Containers that have no
 /// loop go through words: all that are wider (kNone), and in a set without vectors most of the others too.
@@ -60,13 +60,23 @@ struct Layout {
 
 /// The layouts of all encodings, made by the compiler: short runs notice what working one out costs.
 struct Layouts {
-    Layout of[1024];
+    static constexpr int kTypeIndices = kNoType + 1;
+    Layout of[kTypeIndices * 4 * 4 * 8];
 
     constexpr Layouts()
     {
-        for (int i = 0; i < 1024; ++i)
-            of[i] = Layout((PCM_ENCODING{1} << i % 8 & kTypes) | (i / 8 % 4) << 7 | (i / 32 % 4) << 10 |
-                           (PCM_ENCODING_PACK_16 << i / 128 & kContainers));
+        for (int i = 0; i < kTypeIndices * 4 * 4 * 8; ++i) {
+            const int others = i / kTypeIndices;
+            of[i] = Layout((PCM_ENCODING{1} << i % kTypeIndices & kTypes) | (others % 4) << 7 | (others / 4 % 4) << 10 |
+                           (PCM_ENCODING_PACK_16 << others / 16 & kContainers));
+        }
+    }
+
+    /// By the lowest flags of type and container, and all others but PCM_ENCODING_LITTLE_ENDIAN, which changes nothing.
+    const Layout &Of(PCM_ENCODING encoding) const
+    {
+        const auto others = (encoding >> 7 & 3) | (encoding >> 10 & 3) << 2 | ContainerIndex(encoding) << 4;
+        return of[TypeIndex(encoding) + kTypeIndices * others];
     }
 };
 
@@ -76,14 +86,11 @@ bool IsSample(PCM_ENCODING encoding)
     return (encoding & kFlags) == 0;
 }
 
-/// By the lowest flags of type and container, and all others but PCM_ENCODING_LITTLE_ENDIAN, which changes nothing.
 const Layout &LayoutOf(PCM_ENCODING encoding)
 {
     static constexpr Layouts kLayouts;
     static constexpr Layout kSample;
-    const auto at =
-        TypeIndex(encoding) | (encoding >> 7 & 3) << 3 | (encoding >> 10 & 3) << 5 | ContainerIndex(encoding) << 7;
-    return IsSample(encoding) ? kSample : kLayouts.of[at];
+    return IsSample(encoding) ? kSample : kLayouts.Of(encoding);
 }
 
 /// Words to containers, and back.

@@ -27,20 +27,20 @@ constexpr PCM_ENCODING Normalize(PCM_ENCODING encoding)
            LowestOf(encoding, kSides) | LowestOf(encoding, kContainers);
 }
 
-/// The number of the lowest flag of a sample's type, and of a container; kTypeCount and kContainerCount without one.
-constexpr int kTypeCount = 7, kContainerCount = 7;
+/// The number of the lowest flag of a sample's type, and of a container; kNoType and kNoContainer without one.
+constexpr int kNoType = std::bit_width(static_cast<uint64_t>(kTypes)), kNoContainer = 7;
 constexpr int TypeIndex(PCM_ENCODING encoding)
 {
-    return std::countr_zero(static_cast<uint64_t>(encoding & kTypes) | 1 << kTypeCount);
+    return std::countr_zero(static_cast<uint64_t>(encoding & kTypes) | 1u << kNoType);
 }
 constexpr int ContainerIndex(PCM_ENCODING encoding)
 {
-    return std::countr_zero((static_cast<uint64_t>(encoding & kContainers) >> 12) | 1 << kContainerCount);
+    return std::countr_zero((static_cast<uint64_t>(encoding & kContainers) >> 12) | 1u << kNoContainer);
 }
 
 // By these numbers. No local tables, which GCC would fill for each call.
 inline constexpr uint8_t kSampleBytes[] = {1, 1, 1, 2, 3, 4, 4, 4}, kPackBytes[] = {2, 3, 4, 5, 6, 7, 8, 1};
-static_assert(std::size(kSampleBytes) == kTypeCount + 1 && std::size(kPackBytes) == kContainerCount + 1);
+static_assert(std::size(kSampleBytes) == kNoType + 1 && std::size(kPackBytes) == kNoContainer + 1);
 
 /// Bytes of a sample.
 constexpr pbInt SampleBytes(PCM_ENCODING encoding)
