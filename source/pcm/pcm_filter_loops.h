@@ -15,8 +15,13 @@
 /// Streams of vectors that share a coefficient, each with kDeep sums that share their samples. Registers bound them, of
 /// which AVX2 has 16 and the others 32: a stream takes kDeep for its sums and one for its samples. With AVX-512 12 sums
 /// keep the multipliers busy, and more streams would be harder to fill with a short packet.
-template <int kDeep>
-constexpr int kStreams = PCM_VECTOR == 64 ? 12 / kDeep : (PCM_VECTOR == 32 ? 15 : 31) / (kDeep + 1);
+#if defined PCM_AVX512
+template <int kDeep> constexpr int kStreams = 12 / kDeep;
+#elif defined PCM_AVX2
+template <int kDeep> constexpr int kStreams = 15 / (kDeep + 1);
+#else
+template <int kDeep> constexpr int kStreams = 31 / (kDeep + 1);
+#endif
 
 struct Stagger {
     pbInt columns, lag;
