@@ -23,32 +23,25 @@ Word Number(Random &random)
     }
 }
 
-std::vector<Subject<PCM_PACKET> *> PacketsOf(Subjects &all)
-{
-    return {&all.block, &all.mono3, &all.mono5, &all.stereo3, &all.stereo0, &all.widest, &all.wide};
-}
-
 /// The channels and samples of the packets.
 auto Contents(Subjects &subjects)
 {
-    std::vector<std::pair<pbInt, std::vector<uint32_t>>> contents;
-    for (const Subject<PCM_PACKET> *pkt : PacketsOf(subjects))
-        contents.emplace_back(pcmPacketChannels(*pkt), BitsOf(SamplesOf(*pkt)));
+    std::vector<std::pair<pbInt, std::string>> contents;
+    for (const Subject<PCM_PACKET> *pkt : subjects.packets) {
+        const Samples samples = SamplesOf(*pkt);
+        contents.emplace_back(pcmPacketChannels(*pkt),
+                              std::string(reinterpret_cast<const char *>(samples.data()), samples.size() * 4));
+    }
     return contents;
 }
 
-/// A packet or a queue of the subjects; now and then, and for every other sort, null or the handle of nothing.
+/// One of the subjects; now and then null, or the handle of nothing.
 Word Any(Random &random, Subjects &subjects, const Argument &argument)
 {
-    std::vector<AnySubject *> some;
-    if (argument.sort == Sorts::Place<PCM_PACKET>())
-        std::ranges::copy(PacketsOf(subjects), std::back_inserter(some));
-    if (argument.sort == Sorts::Place<PCM_PACKET_QUEUE>())
-        some = {&subjects.queue24, &subjects.queue0};
-    const auto at = static_cast<std::size_t>(random.From(0, std::ssize(some) + 1));
-    if (at < some.size())
-        return some[at]->As(argument.kind);
-    return at == some.size() && argument.kind == Argument::Handle ? reinterpret_cast<Word>(&subjects.empty.object) : 0;
+    if (random.OneIn(5))
+        return argument.kind == Argument::Handle && random.OneIn(2) ? std::bit_cast<Word>(&subjects.empty.object) : 0;
+    const bool packet = argument.sort == Sorts::Place<PCM_PACKET>();
+    return (packet ? random.Of(subjects.packets) : subjects.accepted[argument.sort])->As(argument.kind);
 }
 
 } // namespace
@@ -78,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size)
     Random random(std::span(data, size));
     Subjects subjects;
     for (auto before = Contents(subjects); !random.Done(); before = Contents(subjects)) {
-        if (std::ranges::any_of(before, [](const auto &packet) { return packet.second.size() > 1 << 16; }))
+        if (std::ranges::any_of(before, [](const auto &packet) { return packet.second.size() > 1 << 18; }))
             break;
         const Operation &operation = random.Of(operations);
         auto words = subjects.Accepted(operation);

@@ -85,9 +85,12 @@ TEST(Bridge, DatagramsThatAreNoPacketsAreRefusedAndCounted)
     uint8_t sequence = 2;
     for (const auto &row : rows) {
         Datagram bytes(16);
-        bytes[0] = std::byte(row.first), bytes[1] = std::byte(row.type), bytes[15] = std::byte(row.words);
+        bytes[0] = std::byte(row.first);
+        bytes[1] = std::byte(row.type);
         bytes[3] = std::byte{sequence++};
-        bytes.resize(row.length), bytes.back() = std::byte(row.last);
+        bytes[15] = std::byte(row.words);
+        bytes.resize(row.length);
+        bytes.back() = std::byte(row.last);
         const pbInt refused = call.At(0).Count().refused;
         call.Receive(0, bytes, 0.1);
         const std::size_t taken = call.At(0).Count().refused == refused ? ParseRtp(bytes)->payload.size() : 0;

@@ -40,8 +40,8 @@ TEST(FilterCoefficients, BuiltinSetsAreNamedAndSharedByEverybody)
         EXPECT_EQ(pcm::Obj(*row.slot)->refCount, 2);
         EXPECT_EQ(TapsOf(set), Samples(row.taps, row.taps + row.length));
         uint32_t checksum = 0;
-        for (const uint32_t bits : BitsOf(TapsOf(set)))
-            checksum = checksum * 31 + bits;
+        for (const PCM_SAMPLE tap : TapsOf(set))
+            checksum = checksum * 31 + std::bit_cast<uint32_t>(tap);
         EXPECT_EQ(checksum, row.checksum);
         EXPECT_EQ(pcm::FilterTypeToString(type), row.name);
         EXPECT_EQ(pcm::FilterTypeFromString(row.name), type);
@@ -53,8 +53,8 @@ TEST(FilterCoefficients, BuiltinSetsOutliveTheModuleWithTheirHolders)
 {
     const pcm::FilterCoefficients held(3);
     pcmModule()->shutdown();
-    EXPECT_TRUE(reinterpret_cast<intptr_t>(pcm___FilterTypeEnum) == -1 &&
-                reinterpret_cast<intptr_t>(pcm___EncodingFlagset) == -1);
+    EXPECT_EQ(reinterpret_cast<intptr_t>(pcm___FilterTypeEnum), -1);
+    EXPECT_EQ(reinterpret_cast<intptr_t>(pcm___EncodingFlagset), -1);
     for (const auto &row : rows)
         EXPECT_EQ(reinterpret_cast<intptr_t>(*row.slot), -1) << row.name;
     EXPECT_EQ(pcm::Obj(held.Get())->refCount, 1);
@@ -74,5 +74,7 @@ TEST(FilterCoefficients, OwnSetsKeepTheirTaps)
         EXPECT_EQ(TapsOf(set), (Samples{0.5f, -2.0f, 0.0f}));
         EXPECT_EQ(pb___ObjDbgAllocationSize(pcm::Obj(set.Get())), 12);
     }
-    EXPECT_TRUE(second != copy && second.Taps().data() != copy.Taps().data() && used.Taps().data() == block);
+    EXPECT_NE(second.Get(), copy.Get());
+    EXPECT_NE(second.Taps().data(), copy.Taps().data());
+    EXPECT_EQ(used.Taps().data(), block);
 }

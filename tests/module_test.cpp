@@ -42,7 +42,8 @@ TEST(Module, RecordSaysWhoWeAre)
     constexpr char kFormat[] = "UTC %Y-%m-%d %H:%M:%S (%A)";
     std::tm time = {};
     char again[64] = "";
-    strptime(record.buildTime, kFormat, &time), timegm(&time); // which finds the weekday
+    strptime(record.buildTime, kFormat, &time);
+    timegm(&time); // which finds the weekday
     std::strftime(again, sizeof again, kFormat, &time);
     EXPECT_STREQ(record.buildTime, again);
 }

@@ -62,7 +62,7 @@ struct Operation {
 
 inline void Call(const Operation &operation, const std::vector<Word> &words)
 {
-    const auto result = Held<PB_OBJ>::Adopt(reinterpret_cast<PB_OBJ *>(operation.call(words.data())));
+    const auto result = Held<PB_OBJ>::Adopt(std::bit_cast<PB_OBJ *>(operation.call(words.data())));
 }
 
 /// An object to call operations with. It is shared, so that a change copies it.
@@ -71,8 +71,7 @@ struct AnySubject {
 
     Word As(Argument::Kind kind)
     {
-        return kind == Argument::Handle ? reinterpret_cast<Word>(handle.Address())
-                                        : reinterpret_cast<Word>(handle.Get());
+        return kind == Argument::Handle ? std::bit_cast<Word>(handle.Address()) : std::bit_cast<Word>(handle.Get());
     }
 };
 
@@ -84,22 +83,6 @@ template <class T> struct Subject : AnySubject {
     operator PB_OBJ *() const { return handle.Get(); }
 };
 
-/// A queue or a filter of 16 channels, with 24 frames written.
-template <class H> H Written(H handle)
-{
-    const pcm::Packet pkt = MakePacket(16, Samples(16 * 12));
-    handle.Write(pkt);
-    handle.Write(pkt);
-    return handle;
-}
-
-inline Held<PB_VECTOR> VectorOf(const pcm::Packet &pkt)
-{
-    auto vector = Held<PB_VECTOR>::Adopt(pbVectorCreate());
-    pbVectorAppendObj(vector.Address(), pcm::Obj(pkt.Get()));
-    return vector;
-}
-
 /// What the rows of the table name beside numbers: objects, an array, and the handle of nothing. A null pointer is an
 /// object, a handle or an array that is missing.
 struct Subjects {
@@ -108,13 +91,13 @@ struct Subjects {
     Subject<PCM_PACKET> stereo3{MakePacket(2, Samples(6)).Get()}, stereo0{pcm::Packet(2).Get()};
     Subject<PCM_PACKET> block{MakePacket(16, Samples(16 * 12, 0.5f)).Get()};
     Subject<PCM_PACKET> wide{pcm::Packet(pbInt{1} << 60).Get()}, widest{pcm::Packet(pbInt{1} << 62).Get()}; // no frames
-    Subject<PCM_PACKET_QUEUE> queue0{pcm::PacketQueue(2).Get()}, queue24{Written(pcm::PacketQueue(16)).Get()};
+    Subject<PCM_PACKET_QUEUE> queue0{pcm::PacketQueue(2).Get()}, queue24{pcm::PacketQueue(16).Get()};
     Subject<PCM_FILTER_COEFFICIENTS> taps{pcm::FilterCoefficients(Samples(16, 0.5f)).Get()};
-    Subject<PCM_FILTER> filter24{Written(pcm::Filter(pcm::FilterCoefficients::Share(taps), 16)).Get()};
+    Subject<PCM_FILTER> filter24{pcm::Filter(pcm::FilterCoefficients::Share(taps), 16).Get()};
     Subject<PCM_TONE> tone{pcm::Tone(40).Get()};
     Subject<PB_BUFFER> bytes{pcm::Buffer(std::as_bytes(std::span(array)).first(15)).Get()};
     Subject<PB_STRING> text{pcm::String("PCM_ENCODING_INT_16").Get()};
-    Subject<PB_VECTOR> vector0{Held<PB_VECTOR>::Adopt(pbVectorCreate()).Get()}, vector1{VectorOf(pcm::Packet(1)).Get()};
+    Subject<PB_VECTOR> vector0{Held<PB_VECTOR>::Adopt(pbVectorCreate()).Get()}, vector1 = vector0;
     Subject<PB_ENUM> types{pcm___FilterTypeEnum};
     Subject<PB_FLAGSET> flags{pcm___EncodingFlagset};
     struct Empty {
@@ -122,19 +105,34 @@ struct Subjects {
         template <class T> operator T **() { return reinterpret_cast<T **>(&object); }
     } empty;
 
-    /// Arguments that the operation accepts: of each sort of objects one that suits the numbers 2, 3, 4 and so on.
+    Subject<PCM_PACKET> *const packets[7] = {&block, &mono3, &mono5, &stereo3, &stereo0, &widest, &wide};
+    /// One of each sort, in their order, that every operation accepts beside the numbers 2, 3, 4 and so on.
+    AnySubject *const accepted[11] = {&block, &queue24, &filter24, &taps,  &tone, &bytes,
+                                      &text,  &vector1, &types,    &flags, &text};
+
+    Subjects()
+    {
+        for (int packets = 0; packets < 2; ++packets) { // of 12 frames
+            pcmPacketQueueWrite(queue24, block);
+            pcmFilterWrite(filter24, block);
+        }
+        pbVectorAppendObj(vector1, block);
+        for (AnySubject *const subject : accepted)
+            subject->other = subject->handle;
+    }
+
     std::vector<Word> Accepted(const Operation &operation)
     {
-        AnySubject *const subjects[] = {&block, &queue24, &filter24, &taps,  &tone, &bytes,
-                                        &text,  &vector1, &types,    &flags, &text};
         std::vector<Word> words;
         int number = 2;
         for (const Argument &argument : operation.arguments)
             switch (argument.kind) {
             case Argument::Int: words.push_back(number++); break;
-            case Argument::Real: words.push_back(std::bit_cast<Word>(static_cast<pbReal>(number++))); break;
-            case Argument::Array: words.push_back(reinterpret_cast<Word>(words.size() % 2 ? otherArray : array)); break;
-            default: words.push_back(subjects[argument.sort]->As(argument.kind));
+            case Argument::Real: words.push_back(std::bit_cast<Word>(pbReal(number++))); break;
+            case Argument::Array:
+                words.push_back(std::bit_cast<Word>(words.size() % 2 ? &otherArray[0] : array));
+                break;
+            default: words.push_back(accepted[argument.sort]->As(argument.kind));
             }
         if (operation.name == "pcmPacketWrite") // a whole packet onto one as long
             words[1] = 0;
@@ -152,14 +150,6 @@ struct Refusal {
     const char *text, *file; ///< of the check
 };
 
-template <class T> T FromWord(Word word)
-{
-    if constexpr (std::is_pointer_v<T>)
-        return reinterpret_cast<T>(word);
-    else
-        return std::bit_cast<T>(word);
-}
-
 class Table : public Subjects {
 public:
     Table();
@@ -173,10 +163,10 @@ private:
         const auto call = [function](const Word *words) -> Word {
             const auto apply = [=]<std::size_t... I>(std::index_sequence<I...>)
             {
-                return function(FromWord<A>(words[I])...);
+                return function(std::bit_cast<A>(words[I])...);
             };
             if constexpr (Argument::Of<R>().kind == Argument::Object)
-                return reinterpret_cast<Word>(apply(std::index_sequence_for<A...>()));
+                return std::bit_cast<Word>(apply(std::index_sequence_for<A...>()));
             apply(std::index_sequence_for<A...>());
             return 0;
         };
@@ -386,8 +376,6 @@ inline Table::Table()
     ONLY_REFUSES(pcmFilterCoefficientsCreateFromSamplesUse, (nullptr, 0), "coefficients");
     ONLY_REFUSES(pcmFilterCoefficientsCreateFromSamplesUse, (array, 0), "length > 0");
     ONLY_REFUSES(pcm___FilterCoefficientsFreeFunc, (nullptr), "coeff");
-    ONLY_REFUSES(pcmFilterCoefficientsFrom, (text),
-            "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER_COEFFICIENTS");
     file = "source/pcm/pcm_filter";
     ACCEPTS(pcmFilterCreateFrom, pcmFilterCoefficients, pcmFilterChannels, pcmFilterPackets, pcmFilterFrames,
             pcmFilterReset, pcmFilterRead);
@@ -400,7 +388,6 @@ inline Table::Table()
     REFUSES(pcmFilterGatherSamples, (filter24, nullptr, 1), "frames == 0 || dest", kQueue);
     REFUSES(pcmFilterGatherSamplesAdd, (filter24, nullptr, 0), "frames > 0", kQueue);
     ONLY_REFUSES(pcm___FilterFreeFunc, (nullptr), "filter");
-    ONLY_REFUSES(pcmFilterFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_FILTER");
     file = "source/pcm/pcm_filter_type";
     ACCEPTS(pcmFilterTypeFromString);
     REFUSES(pcmFilterTypeToString, (-1), "PCM_FILTER_TYPE_OK( type )");
@@ -454,7 +441,6 @@ inline Table::Table()
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (nullptr, nullptr, -1), "tone");
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, -1), "samples >= 0");
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, 1), "samples == 0 || dest");
-    ONLY_REFUSES(pcmToneFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_TONE");
     file = "source/pcm/pcm_dual_tone";
     REFUSES(pcmDualToneGather, (nullptr, nullptr, -1), "toneA");
     REFUSES(pcmDualToneGather, (tone, nullptr, -1), "toneB");

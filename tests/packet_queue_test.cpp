@@ -13,8 +13,10 @@ TEST(PacketQueue, AStreamNeedsNoMoreMemoryThanWhatWaits)
         queue.Write(MakePacket(2, Samples(20)));
         if (step >= 5)
             step % 2 ? queue.Read() : queue.Gather(10);
-        if (step == 100)
-            alive = Alive(), bytes = mallinfo2().uordblks;
+        if (step == 100) {
+            alive = Alive();
+            bytes = mallinfo2().uordblks;
+        }
     }
     EXPECT_EQ(Alive(), alive);
     EXPECT_LT(mallinfo2().uordblks, bytes + 4096);

@@ -83,8 +83,7 @@ TEST(Packet, IsWhatTheDefinitionsSayAtEverySize)
                     const bool seen = reshape.numbers && number >= reshape.numbers; // as a smaller number
                     if (HasFailure() || seen || frames * std::max(channels, static_cast<pbInt>(number % 70)) > 5000)
                         break;
-                    SCOPED_TRACE(testing::Message() << reshape.name << " by " << number << ", " << channels
-                                                    << " channels, " << frames << " frames");
+                    SCOPED_TRACE(testing::Message() << channels << " channels, " << frames << " frames");
                     const auto start = pool.begin() + random.From(0, 10000);
                     std::vector<Hand> hands(random.From(1, 2), Hand({channels, {start, start + channels * frames}}));
                     hands.front().Apply(reshape, number);
@@ -99,14 +98,18 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
     static const auto nan = std::bit_cast<float>(0x7F812345u); // which arithmetic would change
     // clang-format off
     const struct { const char *name; Shape before; void (*call)(pcm::Packet &pkt); Shape after; } rows[] = {
-        {"set", {1, {}}, [](auto &p) { p = pcm::Packet(2), p.SetChannels(3); }, {3, {}}},
+        {"set", {1, {}}, [](auto &p) { (p = pcm::Packet(2)).SetChannels(3); }, {3, {}}},
         {"use", {1, {}}, [](auto &p) { p = Using(Samples{1, 2, 3, 4, 5, 6}, 2); }, {2, {1, 2, 3, 4, 5, 6}}},
         {"use, wide, of a block for no frames", {1, {}}, [](auto &p) {
              p = pcm::Packet::CreateFromSamplesUse(static_cast<PCM_SAMPLE *>(pbMemAlloc(4)), kMost, 0);
          }, {kMost, {}}},
         {"sum, wide, of no frames", {3, {}}, [](auto &p) { p = p.WithChannels(kMost); }, {kMost, {}}},
         {"nothing is too wide or too often without frames", {1, {}}, [](auto &p) {
-             p = pcm::Packet(kMost), p.AppendZero(0), p.Append(p), p.FramesExtend(kMost), p.FramesReduce(kMost);
+             p = pcm::Packet(kMost);
+             p.AppendZero(0);
+             p.Append(p);
+             p.FramesExtend(kMost);
+             p.FramesReduce(kMost);
              p.ChannelsAdjustReplaceWithDownmix(kMost - 1);
          }, {kMost - 1, {}}},
         {"in order", {3, {1e8f, -1e8f, 3}}, [](auto &p) { p.ChannelsAdjustReplaceWithDownmix(1); }, {1, {1}}},
@@ -115,7 +118,10 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
         {"stuffed", {2, {1, 2, 3, 4}}, [](auto &p) { p.FramesExtend(2); }, {2, {1, 2, 0, 0, 3, 4, 0, 0}}},
         {"20 dB", {1, {0.1f, -1.5f}}, [](auto &p) { p.LevelAdjust(20); }, {1, {0.1f * 10, -15}}},
         {"0 dB multiplies nothing", {1, {nan}}, [](auto &p) { p.LevelAdjust(-0.0); }, {1, {nan}}},
-        {"kept", {1, {nan}}, [](auto &p) { p.ChannelsAdjustExpandWithDownmix(2), p.SetChannels(1); }, {1, {nan}}},
+        {"kept", {1, {nan}}, [](auto &p) {
+             p.ChannelsAdjustExpandWithDownmix(2);
+             p.SetChannels(1);
+         }, {1, {nan}}},
         {"far", {2, {1, 2}}, [](auto &p) { p.WriteChannels(1, 0, {&nan, 1}, 0, kMost, 0, 1, 1); }, {2, {1, nan}}},
         {"too far for any", {2, {1, 2}}, [](auto &p) {
              p.WriteChannels(2, 0, {&nan, 1}, 0, kMost, kMost - 2, 0, 1);
@@ -139,7 +145,8 @@ TEST(Packet, IsWhatAnyoneCanCheckAndTellsItsAccount)
         hand.Check();
         EXPECT_EQ(RefCount(hand.packet.Get()), 1);
         const std::pair<pbInt, pbInt> told = {row.after.Frames(), std::min(row.after.channels, kMost / 4) * 4};
-        EXPECT_TRUE((account.first < 0 && !row.after.samples.empty()) || account == told)
-            << account.first << " of " << account.second;
+        if (account.first < 0 && !row.after.samples.empty())
+            continue; // the account was told in bytes
+        EXPECT_EQ(account, told);
     }
 }

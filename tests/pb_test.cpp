@@ -23,7 +23,7 @@ TEST(PbInt, PredicatesAgreeWithWiderArithmetic)
             EXPECT_EQ(bool(PB_INT_ADD_OK(a, b)), fits(__int128(a) + b));
             EXPECT_EQ(bool(PB_INT_SUB_OK(a, b)), fits(__int128(a) - b));
             EXPECT_EQ(bool(PB_INT_MUL_OK(a, b)), fits(__int128(a) * b));
-            EXPECT_TRUE(pbIntMin(a, b) == std::min(a, b) && pbIntMax(a, b) == std::max(a, b));
+            EXPECT_EQ(std::pair(pbIntMin(a, b), pbIntMax(a, b)), (std::pair<pbInt, pbInt>(std::minmax(a, b))));
         }
     EXPECT_EQ(pbIntBitCount(-1), 64);
 }
@@ -64,11 +64,12 @@ TEST(PbVector, IsAQueueThatItsOtherHoldersDoNotSeeChange)
         const pbInt length = std::ssize(model), room = pb___ObjDbgAllocationSize(pcm::Obj(vec.Get())) / 8;
         longest = std::max(longest, length);
         ASSERT_EQ(pbVectorLength(vec.Get()), length);
-        ASSERT_TRUE(room >= length && room <= 4 * longest); // however many have passed through
+        ASSERT_EQ(std::clamp(room, length, 4 * longest), room); // however many have passed through
         if (random.OneIn(20)) {
             holders[0] = holders[1];
         } else if (random.OneIn(200)) {
-            pbVectorClear(vec.Address()), model.clear();
+            pbVectorClear(vec.Address());
+            model.clear();
         } else if (length == 0 || random.OneIn(2)) {
             pbVectorAppendObj(vec.Address(), pcm::Obj(pcm::Packet(step).Get()));
             model.push_back(step);
@@ -87,10 +88,10 @@ TEST(PbEnum, NamesAreExactAndTheLastValueCounts)
     pbEnumSetEnumerantCstr(enm.Address(), "ONEONE", 3, 1);
     const auto other = enm;
     pbEnumSetEnumerantCstr(enm.Address(), "TWO", -1, 3);
-    EXPECT_TRUE(parse(enm, "ONE") == 1 && parse(enm, "TWO") == 3 && parse(enm, "one") == -1);
-    EXPECT_TRUE(parse(other, "ONE") == 1 && parse(other, "TWO") == 2);
+    EXPECT_EQ(std::tuple(parse(enm, "ONE"), parse(enm, "TWO"), parse(enm, "one")), std::tuple(1, 3, -1));
+    EXPECT_EQ(std::tuple(parse(other, "ONE"), parse(other, "TWO")), std::tuple(1, 2));
     const auto two = pcm::String::Adopt(pbEnumGenerate(enm.Get(), 3)), again = two.Adopt(pbEnumGenerate(enm.Get(), 3));
-    EXPECT_TRUE(two.View() == "TWO" && (two.Get() != again.Get()) == kLiberal);
+    EXPECT_EQ(std::pair(two.View(), two.Get() != again.Get()), std::pair(std::string_view("TWO"), kLiberal));
 }
 
 TEST(PbFlagset, WritesAndReadsNames)
@@ -111,7 +112,8 @@ TEST(PbFlagset, WritesAndReadsNames)
 
 TEST(PbObj, StringsAreOrderedByTextAndOthersByAddress)
 {
-    EXPECT_TRUE(pcm::String("ab") < pcm::String("b") && pcm::String("ab") > pcm::String("a"));
+    EXPECT_LT(pcm::String("ab"), pcm::String("b"));
+    EXPECT_GT(pcm::String("ab"), pcm::String("a"));
     EXPECT_EQ(pcm::String("its own text").ToString(), "its own text");
     const pcm::Packet a(1), b(1);
     EXPECT_EQ(a < b, a.Get() < b.Get());
@@ -127,8 +129,8 @@ TEST(PbRandom, SpreadsOverItsRangeAnewForEachThread)
         allOnes &= pbRandomInt();
         anyOne |= pbRandomInt();
     }
-    EXPECT_TRUE(*seen.begin() == 5 && *seen.rbegin() == 12 + kLiberal && seen.size() == 8u + kLiberal);
-    EXPECT_TRUE(allOnes == 0 && anyOne == -1); // every bit takes both values
+    EXPECT_EQ(std::tuple(*seen.begin(), *seen.rbegin(), seen.size()), std::tuple(5, 12 + kLiberal, 8u + kLiberal));
+    EXPECT_EQ(std::pair(allOnes, anyOne), std::pair(pbInt{0}, pbInt{-1})); // every bit takes both values
     std::thread([&] { first = pbRandomInt(); }).join();
     std::thread([&] { second = pbRandomInt(); }).join();
     EXPECT_NE(first, second);

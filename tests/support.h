@@ -78,25 +78,36 @@ inline std::pair<pbInt, pbInt> Alive()
 /// The blocks that pbMemAllocN has made so far: packet_test.cpp counts its calls.
 extern pbInt allocatedBlocks;
 
-/// The bits of samples, by which -0.0 differs from 0.0, and a NaN equals itself.
-inline std::vector<uint32_t> BitsOf(const Samples &samples)
+/// Equal elements; or where the first differ, and both of them.
+template <class A, class B, class Equal = std::equal_to<>>
+testing::AssertionResult Same(const A &actual, const B &expected, Equal equal = {})
 {
-    std::vector<uint32_t> bits;
-    for (const PCM_SAMPLE sample : samples)
-        bits.push_back(std::bit_cast<uint32_t>(sample));
-    return bits;
+    if (std::size(actual) != std::size(expected))
+        return testing::AssertionFailure() << std::size(actual) << " elements, not " << std::size(expected);
+    for (std::size_t i = 0; i < std::size(actual); ++i)
+        if (!equal(actual[i], expected[i]))
+            return testing::AssertionFailure() << "element " << i << " is " << testing::PrintToString(actual[i])
+                                               << ", not " << testing::PrintToString(expected[i]);
+    return testing::AssertionSuccess();
+}
+
+inline bool EqualBits(PCM_SAMPLE a, PCM_SAMPLE b)
+{
+    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+}
+
+/// Equal bits, by which -0.0 differs from 0.0, and a NaN equals itself.
+inline testing::AssertionResult SameBits(std::span<const PCM_SAMPLE> actual, std::span<const PCM_SAMPLE> expected)
+{
+    return Same(actual, expected, EqualBits);
 }
 
 /// Equal bits, or both NaN: which NaN pattern arithmetic gives is unspecified.
 inline testing::AssertionResult Same(const Samples &actual, const Samples &expected)
 {
-    if (actual.size() != expected.size())
-        return testing::AssertionFailure() << actual.size() << " samples, not " << expected.size();
-    for (std::size_t i = 0; i < actual.size(); ++i)
-        if (std::bit_cast<uint32_t>(actual[i]) != std::bit_cast<uint32_t>(expected[i]) &&
-            !(std::isnan(actual[i]) && std::isnan(expected[i]) && std::bit_cast<uint32_t>(expected[i]) & 0x400000))
-            return testing::AssertionFailure() << "sample " << i << " is " << actual[i] << ", not " << expected[i];
-    return testing::AssertionSuccess();
+    return Same(actual, expected, [](PCM_SAMPLE a, PCM_SAMPLE b) {
+        return EqualBits(a, b) || (std::isnan(a) && std::isnan(b) && std::bit_cast<uint32_t>(b) & 0x400000);
+    });
 }
 
 /// Random input. The seed is new in every run, or PCM_TEST_SEED; a failing test prints it. Or the input is given:

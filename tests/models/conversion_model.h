@@ -136,7 +136,7 @@ public:
         if (pkt) {
             ExpectSound(pkt.Get());
             ASSERT_EQ(pkt.Channels(), channels);
-            ASSERT_EQ(BitsOf(SamplesOf(pkt.Get())), BitsOf(samples));
+            ASSERT_TRUE(SameBits(pkt.Samples(), samples));
             ExpectExactly(pkt.Encode(to), expected, to);
         }
 

@@ -42,7 +42,11 @@ public:
         switch (random_.From(0, 8)) {
         case 0: mine = Held(other); break; // both hold one filter now
         case 1: mine = {pcm::Filter::CreateFrom(other.filter), other.input, other.output}; break;
-        case 2: mine.filter.Reset(), mine.input.clear(), mine.output.clear(); break;
+        case 2:
+            mine.filter.Reset();
+            mine.input.clear();
+            mine.output.clear();
+            break;
         case 3:
         case 4:
         case 5:

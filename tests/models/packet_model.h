@@ -23,6 +23,8 @@ struct EditArguments { PCM_PACKET **pkt; pbInt idx; PCM_PACKET *source; pbInt of
      [](EditArguments e) { pcmPacket##Verb##Zero(e.pkt __VA_OPT__(, ) __VA_ARGS__, e.frames); }}
 enum Word { All, Inner, Outer, Leading, Trailing, Zero, Words };
 enum Verb { Write, Prepend, Append, Insert, Verbs };
+constexpr const char *kWords[Words] = {"", "Inner", "Outer", "Leading", "Trailing", "Zero"};
+constexpr const char *kVerbs[Verbs] = {"Write", "Prepend", "Append", "Insert"};
 constexpr void (*kEdits[Verbs][Words])(EditArguments) = {
     VERB(Write, e.idx), VERB(Prepend), VERB(Append), VERB(Insert, e.idx)};
 // clang-format on
@@ -55,6 +57,7 @@ public:
         object_ = my_->packet.Get();
         shared_ = RefCount(object_) > 1;
         const pbInt frames = my_->shape.Frames();
+        did_ = "a fresh packet, a copy, or as a whole";
         if (frames > 300 || random_.OneIn(frames > 70 ? 4 : 12))
             *my_ = Fresh();
         else
@@ -67,6 +70,7 @@ public:
             case 2: Delete(); break;
             default: random_.OneIn(3) ? WriteRectangle() : WriteOrInsert();
             }
+        SCOPED_TRACE(did_);
         for (const Hand &hand : hands_) {
             hand.Check();
             EXPECT_EQ(RefCount(hand.packet.Get()), std::count_if(hands_.begin(), hands_.end(), [&](const Hand &each) {
@@ -98,13 +102,16 @@ private:
             return;
         const pbInt idx = verb == Prepend ? 0 : verb == Append ? last : random_.From(0, last);
         const bool fromItself = word != Zero && their_->packet.Get() == object_;
+        did_ = (testing::Message() << kVerbs[verb] << kWords[word] << " at " << idx << ", " << frames << " frames from "
+                                   << offset << (their_ == my_ ? " of its own" : ""))
+                   .GetString();
         kEdits[verb][word]({my_->packet.Address(), idx, their_->packet.Get(), offset, frames});
         const auto at = shape.samples.begin() + idx * shape.channels;
         if (verb == Write)
             std::copy(taken.begin(), taken.end(), at);
         else
             shape.samples.insert(at, taken.begin(), taken.end());
-        EXPECT_EQ(my_->packet.Get() != object_, !taken.empty() && (shared_ || fromItself));
+        EXPECT_EQ(my_->packet.Get() != object_, !taken.empty() && (shared_ || fromItself)) << did_;
     }
 
     void Delete()
@@ -113,14 +120,18 @@ private:
         const pbInt idx = random_.From(0, before.Frames()), rest = before.Frames() - idx,
                     frames = random_.From(0, random_.OneIn(3) ? rest : std::min<pbInt>(rest, 4));
         PCM_PACKET **const pkt = my_->packet.Address();
-        const auto keep = [&](Word word, pbInt count) { my_->shape.samples = Taken(word, before, idx, count); };
-        switch (random_.From(0, 3)) {
-        case 0: pcmPacketDelInner(pkt, idx, frames), keep(Outer, frames); break;
-        case 1: pcmPacketDelOuter(pkt, idx, frames), keep(Inner, frames); break;
-        case 2: pcmPacketDelLeading(pkt, frames), keep(Trailing, before.Frames() - frames); break;
-        default: pcmPacketDelTrailing(pkt, frames), keep(Leading, before.Frames() - frames);
+        const auto word = static_cast<Word>(random_.From(Inner, Trailing));
+        did_ =
+            (testing::Message() << "Del" << kWords[word] << " at " << idx << ", " << frames << " frames").GetString();
+        switch (word) {
+        case Inner: pcmPacketDelInner(pkt, idx, frames); break;
+        case Outer: pcmPacketDelOuter(pkt, idx, frames); break;
+        case Leading: pcmPacketDelLeading(pkt, frames); break;
+        default: pcmPacketDelTrailing(pkt, frames);
         }
-        EXPECT_EQ(my_->packet.Get() != object_, shared_ && my_->shape.Frames() != before.Frames());
+        constexpr Word kept[] = {All, Outer, Inner, Trailing, Leading};
+        my_->shape.samples = Taken(kept[word], before, idx, word < Leading ? frames : before.Frames() - frames);
+        EXPECT_EQ(my_->packet.Get() != object_, shared_ && my_->shape.Frames() != before.Frames()) << did_;
     }
 
     /// From a packet, or from its samples, which may then also be read as frames of another number of channels.
@@ -140,6 +151,10 @@ private:
                     channels = random_.OneIn(2) ? mostChannels : random_.From(0, mostChannels),
                     frames = random_.OneIn(2) ? mostFrames : random_.From(0, mostFrames);
         PCM_PACKET **const pkt = my_->packet.Address();
+        did_ = (testing::Message() << "WriteChannels" << (array ? "Samples" : "") << " at channel " << toChannel
+                                   << " and frame " << toFrame << ", " << channels << " and " << frames << " from "
+                                   << fromChannel << " of " << width << " and " << fromFrame)
+                   .GetString();
         if (array)
             pcmPacketWriteChannelsSamples(pkt, toChannel, toFrame, their_->packet.Samples().data(), fromChannel, width,
                                           fromFrame, channels, frames);
@@ -151,7 +166,7 @@ private:
             for (pbInt f = 0; f < frames; ++f)
                 to.samples[(toFrame + f) * to.channels + toChannel + c] =
                     from[(fromFrame + f) * width + fromChannel + c];
-        EXPECT_EQ(my_->packet.Get() != object_, shared_ || (same && !array));
+        EXPECT_EQ(my_->packet.Get() != object_, shared_ || (same && !array)) << did_;
     }
 
     Random &random_;
@@ -159,4 +174,5 @@ private:
     Hand *my_ = nullptr, *their_ = nullptr; // the hand that edits, and the one it takes from
     PCM_PACKET *object_ = nullptr;          // what was in the first
     bool shared_ = false;
+    std::string did_; // in this step
 };

@@ -134,13 +134,14 @@ struct Hand {
     void Check() const
     {
         EXPECT_EQ(packet.Channels(), shape.channels);
-        EXPECT_EQ(BitsOf(SamplesOf(packet.Get())), BitsOf(shape.samples));
+        EXPECT_TRUE(SameBits(packet.Samples(), shape.samples));
         ExpectSound(packet.Get());
     }
 
     void Apply(const Reshape &reshape, uint64_t any)
     {
         const pbInt n = reshape.Number(any, shape.channels);
+        SCOPED_TRACE(testing::Message() << reshape.name << " by " << n);
         const Shape after = reshape.plain(shape, n);
         const bool stays = reshape.leaves && after.channels == shape.channels && after.Frames() == shape.Frames();
         const bool same = stays || (reshape.inPlace && RefCount(packet.Get()) == 1);

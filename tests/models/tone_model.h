@@ -77,7 +77,7 @@ public:
             ExpectSound(pkt.Get());
             dest = pkt.Channels() == 1 ? SamplesOf(pkt.Get()) : Samples();
         }
-        ASSERT_EQ(BitsOf(dest), BitsOf(expected)) << generator.name;
+        ASSERT_TRUE(SameBits(dest, expected)) << generator.name;
     }
 
 private:
