@@ -2,8 +2,8 @@
    @file
    Coefficient sets: the taps h[0] ... h[length - 1] of an FIR filter (pcm_filter.h), h[0] weighing the newest frame.
 
-   A set is made once and never changes, so any number of filters and threads share it. Seven low-pass sets are built
-   in, one for each filter type; asking for one only takes a reference.
+   A set is made once and never changes, so any number of filters and threads share it. Low-pass sets are built in, one
+   for each filter type; asking for one only takes a reference.
 
    @since 1.0
 */

@@ -18,7 +18,7 @@
 
 PCM_EXTERN_C_BEGIN
 
-/** One of the seven values below. */
+/** One of the values below. */
 typedef pbInt PCM_FILTER_TYPE;
 
 #define PCM_FILTER_TYPE_LOWPASS_4000_AT_16000 ((PCM_FILTER_TYPE)0)  /**< 16 taps; 16000 <-> 8000 */

@@ -1,4 +1,4 @@
-// Coefficient sets: the seven that are built in, and those of callers.
+// Coefficient sets: those that are built in, and those of callers.
 #include "pcm_c_array.h"
 #include "pcm_object.h"
 

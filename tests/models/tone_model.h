@@ -54,7 +54,7 @@ public:
 
     void Step()
     {
-        const Generator &generator = kGenerators[random_.From(0, 2)];
+        const Generator &generator = random_.Of(kGenerators);
         Held &a = helds_[random_.From(0, 2)], &b = helds_[random_.From(0, 2)];
         const pbInt counts[] = {random_.From(0, 3), random_.From(126, 130), random_.From(254, 300)};
         const pbInt count = counts[random_.From(0, 2)], operation = random_.From(0, 2);
