@@ -22,10 +22,11 @@ struct FrameShape {
     PCM_SAMPLE gain = 1.0f;
 };
 
-/// Makes frames of dest, which lies apart from the source. Samples that are kept keep every bit. From the first sample
-/// of dest to the last nobody else may read or write: those that stay unchanged may be read and stored again, as they
-/// may in a private packet. Where the array may be anybody's, the channel kernels do it (pcm_samples.h), which visit
-/// one sample of a frame and no other.
+/// Makes frames of dest, which lies apart from the source. Samples that are kept keep every bit.
+///
+/// Only for private packets and arrays of the library's own: between the first sample of dest and the last, those that
+/// stay unchanged may be read and stored again. The channel kernels (pcm_samples.h) touch no sample but those asked
+/// for.
 void MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt sourceChannels,
                 pbInt frames);
 

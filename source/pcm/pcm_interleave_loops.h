@@ -2,7 +2,7 @@
 // which.
 
 using Rest = FrameShape::Rest;
-constexpr Rest kSilence = Rest::kSilence, kSum = Rest::kSum, kUnchanged = Rest::kUnchanged;
+using enum FrameShape::Rest;
 
 constexpr pbInt kRead = -1; // a number that is read at run time; constants let the compiler make vectors
 
@@ -292,9 +292,7 @@ constexpr Choice kSilences[] = {
     {2, 2, 4, MakePlain<kSilence, 2, 2, 4>},            // 0.09, 0.10 (0.65, 0.65)
     {kFits, kAny, {1, 8}, MakeVectors<kSilence, true>}, // 0.06 to 0.22, 0.08 to 0.28
     {2, 2, kAny, MakePlain<kSilence, 2, 2>},            // 0.25, 0.23 (0.54, 0.58)
-    {4, 4, kAny, CopyRows<4>},                          // like 6
     {6, 6, kAny, CopyRows<6>},                          // 0.26 to 0.41, 0.25 to 0.38 (0.80, 0.80)
-    {8, 8, kAny, CopyRows<8>},                          // like 6
     {kAny, kAny, kAny, MakeRows},                       // 0.18 to 0.46, 0.24 to 0.49
 };
 
