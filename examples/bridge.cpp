@@ -264,21 +264,22 @@ private:
         const auto late = std::chrono::duration<double>(Clock::now() - start_ - ticks_ * kTick).count();
         const Seconds now = static_cast<double>(ticks_) / kTicksPerSecond + std::min(late, 1.0 / kTicksPerSecond);
         const double wallClock = WallClock();
-        poll_.Ready(2 * lines_.size(), [&](std::uint64_t number) {
+        const auto receive = [&](std::uint64_t number) {
             const std::size_t i = number / 2;
             Line &line = lines_[i];
             if (number % 2)
-                line.rtcp.Receive(kMostReports, wallClock, [&](auto datagram, const Address &from, double) {
-                    if (from.SameHost(line.to ? *line.to : line.peer) || from.SameHost(line.peer))
-                        strange_ += !conference_.At(i).ReceiveReport(datagram, NtpTime());
-                    else
-                        ++strange_;
+                line.rtcp.Receive(wallClock, [&](auto datagram, const Address &from, double) {
+                    const bool known = from.SameHost(line.peer) || (line.to && from.SameHost(*line.to));
+                    strange_ += !(known && conference_.At(i).ReceiveReport(datagram, NtpTime()));
                 });
             else
-                line.rtp.Receive(kMostPackets, wallClock, [&](auto datagram, const Address &from, double age) {
+                line.rtp.Receive(wallClock, [&](auto datagram, const Address &from, double age) {
                     Take(i, datagram, from, now - age);
                 });
-        });
+        };
+        // One of each socket that has any, which is all there is as a rule, and so on until none has.
+        for (int round = 0; round < kMostPackets && poll_.Ready(2 * lines_.size(), receive); ++round) {
+        }
         conference_.Tick();
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             Line &line = lines_[i];
@@ -419,7 +420,7 @@ private:
     struct Close {
         void operator()(FILE *file) const { std::fclose(file); }
     };
-    static constexpr int kMostPackets = 32, kMostReports = 4; // of a port in a tick
+    static constexpr int kMostPackets = 32; // of a port in a tick
     static constexpr pbInt kNever = pbInt{1} << 40;
     static constexpr std::size_t kPeaksShown = 8;
 

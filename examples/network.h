@@ -115,40 +115,34 @@ public:
         connect(fd_.Get(), &nobody, sizeof nobody);
     }
 
-    /**
-       Calls take(datagram, from, age) for at most `most` datagrams that have come, the age being the seconds since the
-       kernel received it. What is left waits. A datagram that is longer than any packet is cut off.
-    */
-    template <class Take> void Receive(int most, double now, Take take)
+    /// Calls take(datagram, from, age) for one datagram, if any has come, the age being the seconds since the kernel
+    /// received it. A datagram that is longer than any packet is cut off.
+    template <class Take> void Receive(double now, Take take)
     {
         static std::array<std::byte, 20480> bytes; // 200 ms of L16 at 48000 Hz are 19200
-        for (int i = 0; i < most; ++i) {
-            Address from;
-            iovec room = {bytes.data(), bytes.size()};
-            alignas(cmsghdr) std::array<std::byte, 64> control;
-            msghdr message = {};
-            message.msg_name = &from.bytes_;
-            message.msg_namelen = from.length_;
-            message.msg_iov = &room;
-            message.msg_iovlen = 1;
-            message.msg_control = control.data();
-            message.msg_controllen = control.size();
-            const auto length = recvmsg(fd_.Get(), &message, 0);
-            if (length < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
-                break;
-            if (length < 0) // such as that the peer has closed its port
-                continue;
-            from.length_ = message.msg_namelen;
-            double age = 0;
-            for (cmsghdr *one = CMSG_FIRSTHDR(&message); one; one = CMSG_NXTHDR(&message, one))
-                if (one->cmsg_level == SOL_SOCKET && one->cmsg_type == SCM_TIMESTAMPNS) {
-                    timespec came;
-                    std::memcpy(&came, CMSG_DATA(one), sizeof came);
-                    age = now - (static_cast<double>(came.tv_sec) + static_cast<double>(came.tv_nsec) * 1e-9);
-                }
-            take(std::span<const std::byte>(bytes).first(static_cast<std::size_t>(length)), from,
-                 std::clamp(age, 0.0, 1.0));
-        }
+        Address from;
+        iovec room = {bytes.data(), bytes.size()};
+        alignas(cmsghdr) std::array<std::byte, 64> control;
+        msghdr message = {};
+        message.msg_name = &from.bytes_;
+        message.msg_namelen = from.length_;
+        message.msg_iov = &room;
+        message.msg_iovlen = 1;
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        const auto length = recvmsg(fd_.Get(), &message, 0);
+        if (length < 0) // such as that the peer has closed its port
+            return;
+        from.length_ = message.msg_namelen;
+        double age = 0;
+        for (cmsghdr *one = CMSG_FIRSTHDR(&message); one; one = CMSG_NXTHDR(&message, one))
+            if (one->cmsg_level == SOL_SOCKET && one->cmsg_type == SCM_TIMESTAMPNS) {
+                timespec came;
+                std::memcpy(&came, CMSG_DATA(one), sizeof came);
+                age = now - (static_cast<double>(came.tv_sec) + static_cast<double>(came.tv_nsec) * 1e-9);
+            }
+        take(std::span<const std::byte>(bytes).first(static_cast<std::size_t>(length)), from,
+             std::clamp(age, 0.0, 1.0));
     }
 
     /// @return whether the kernel took it
@@ -181,13 +175,14 @@ public:
             throw Failure(std::strerror(errno));
     }
 
-    /// Calls take(number) for each socket that has something now, at most once for each.
-    template <class Take> void Ready(std::size_t sockets, Take take)
+    /// Calls take(number) once for each socket that has something now. @return how many have
+    template <class Take> int Ready(std::size_t sockets, Take take)
     {
         events_.resize(sockets);
         const int count = epoll_wait(fd_.Get(), events_.data(), static_cast<int>(sockets), 0);
         for (int i = 0; i < count; ++i)
             take(events_[static_cast<std::size_t>(i)].data.u64);
+        return count;
     }
 
 private:
