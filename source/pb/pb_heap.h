@@ -2,7 +2,8 @@
 //
 // A build with PB_LIBERAL, for tests, differs from the ordinary one wherever the contract allows: a count of 0 bytes
 // gives a block, a block moves whenever it is resized, fresh and freed memory is full of signalling NaN, the upper
-// bound of a random range is drawn too, and every text is a new string.
+// bound of a random range is drawn too, and every text is a new string. It also refuses what the contract does not
+// allow and the ordinary one accepts, such as a null pointer for pbMemSetN with 0 bytes.
 #pragma once
 
 #include <algorithm>

@@ -22,6 +22,12 @@ std::size_t Bytes(pbInt count, pbInt size)
     return static_cast<std::size_t>(count * size);
 }
 
+bool Overlap(const void *a, const void *b, std::size_t bytes)
+{
+    const auto addressA = reinterpret_cast<uintptr_t>(a), addressB = reinterpret_cast<uintptr_t>(b);
+    return addressA - addressB < bytes || addressB - addressA < bytes;
+}
+
 } // namespace
 
 void *pbMemAlloc(pbInt bytes)
@@ -58,6 +64,10 @@ void pbMemFree(void *block)
 
 void pbMemCopy(void *dest, const void *source, pbInt bytes)
 {
+    if (pb::kLiberal) {
+        PB_ASSERT(dest);
+        PB_ASSERT(source);
+    }
     pbMemCopyN(dest, source, bytes, 1);
 }
 
@@ -68,6 +78,8 @@ void pbMemCopyN(void *dest, const void *source, pbInt count, pbInt size)
         return;
     PB_ASSERT(dest);
     PB_ASSERT(source);
+    if (pb::kLiberal)
+        PB_ASSERT(!Overlap(dest, source, bytes));
 
     std::memcpy(dest, source, bytes);
 }
@@ -86,7 +98,9 @@ void pbMemMoveN(void *dest, const void *source, pbInt count, pbInt size)
 void pbMemSetN(void *dest, pbInt value, pbInt count, pbInt size)
 {
     const std::size_t bytes = Bytes(count, size);
-    if (!bytes)
+    if (pb::kLiberal)
+        PB_ASSERT(value >= 0 && value <= 0xFF);
+    if (!bytes && !pb::kLiberal)
         return;
     PB_ASSERT(dest);
 

@@ -27,9 +27,13 @@ PB_OBJ *pb___ObjCreate(pbInt size, const PB_SORT *sort)
 void pb___ObjFree(PB_OBJ *obj)
 {
     PB_ASSERT(obj);
+    if (pb::kLiberal)
+        PB_ASSERT(obj->refCount == 0);
 
     if (obj->sort->free)
         obj->sort->free(obj);
+    if (pb::kLiberal && obj->sort->module != &pb___module)
+        PB_ASSERT(obj->allocationSize == 0);
     pb::HeapFree(obj);
     liveObjects.fetch_sub(1, std::memory_order_relaxed);
 }

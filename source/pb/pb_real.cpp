@@ -1,10 +1,16 @@
 // Real numbers.
+#include "pb_assert.h"
+#include "pb_heap.h"
+
 #include <pb/pb_real.h>
 
 #include <cmath>
 
 pbInt pbRealCompare(pbReal a, pbReal b)
 {
+    if (pb::kLiberal)
+        PB_ASSERT(!std::isnan(a) && !std::isnan(b));
+
     return (a > b) - (a < b);
 }
 
@@ -25,6 +31,9 @@ pbBool pbRealIsFinite(pbReal value)
 
 pbInt pbRealToInt(pbReal value)
 {
+    if (pb::kLiberal)
+        PB_ASSERT(std::isfinite(value));
+
     if (std::isnan(value))
         return 0;
     const double rounded = std::round(value);

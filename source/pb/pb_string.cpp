@@ -55,7 +55,7 @@ PB_STRING *pbStringCreateFromCstr(const char *text, pbInt length)
     auto *pbs = pb::Create<PB_STRING>(sort);
     pbs->length = length;
     pbs->text = static_cast<char *>(pbMemAlloc(length + 1));
-    pbMemCopy(pbs->text, text, length);
+    pbMemCopyN(pbs->text, text, length, 1);
     pbs->text[length] = 0;
     pb___ObjDbgSetAllocationSize(&pbs->obj, length + 1);
     return pbs;
