@@ -170,12 +170,16 @@ PCM_TARGET pbInt MakeTurns(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_
         const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
         Ints at = frame;
         const PCM_SAMPLE *from = source;
-        for (PCM_SAMPLE *to = dest; to < dest + destTurn; to += fit * width, from += fit * channels, at += next) {
+        PCM_SAMPLE *to = dest;
+        do {
             Words words = kRest == kSum ? Permuted(sums, at) : Words{};
             if constexpr (kKeeps)
                 words = (words & ~kept) | (Permuted(Load<Words>(from), places) & kept);
             Store(to, words);
-        }
+            to += fit * width;
+            from += fit * channels;
+            at += next;
+        } while (to < dest + destTurn);
     }
     return frames;
 }
