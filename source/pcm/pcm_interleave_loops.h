@@ -179,7 +179,7 @@ PCM_TARGET pbInt MakeTurns(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_
             to += fit * width;
             from += fit * channels;
             at += next;
-        } while (to < dest + destTurn);
+        } while (kRest == kSum && to < dest + destTurn);
     }
     return frames;
 }
