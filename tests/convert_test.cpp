@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(Convert, BytesThatCanBeLookedUp)
+TEST(Convert, GivesTheBytesThatCanBeLookedUp)
 {
     constexpr PCM_ENCODING s8 = PCM_ENCODING_INT_8, s16 = PCM_ENCODING_INT_16, u = PCM_ENCODING_UNSIGNED,
                            alaw = PCM_ENCODING_G711_ALAW, mulaw = PCM_ENCODING_G711_MULAW, f32 = PCM_ENCODING_FLOAT_32,

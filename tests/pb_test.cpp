@@ -28,7 +28,7 @@ TEST(PbInt, PredicatesAgreeWithWiderArithmetic)
     EXPECT_EQ(pbIntBitCount(-1), 64);
 }
 
-TEST(PbReal, KnowsItsEdges)
+TEST(PbReal, RoundsToTheNearestWithinTheRangeAndComparesZeros)
 {
     const double infinity = HUGE_VAL, nan = std::nan("");
     // clang-format off
