@@ -197,7 +197,7 @@ struct FFmpegGateways {
 };
 #endif
 
-/// Adds a row whose iteration is 20 ms of so many parties or calls: "x real time" is how many one core carries.
+/// Adds a row of `count` parties or calls, 20 ms in an iteration: "x real time" is how many one core carries.
 template <class Calls, class... Arguments>
 void Row(const std::string &name, const std::string &yardstick, std::size_t count, Arguments... arguments)
 {

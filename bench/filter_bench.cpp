@@ -62,7 +62,7 @@ void PeakPlain(std::size_t steps)
     benchmark::DoNotOptimize(sums);
 }
 
-/// Adds the row of so many fused multiply-adds. @return its name, to be a yardstick
+/// Adds the row of a number of fused multiply-adds, as a yardstick. @return its name
 std::string Peak(std::size_t steps)
 {
     const std::string name = std::string("fma/").append(std::to_string(steps));

@@ -83,7 +83,7 @@ SampleDest::Room SampleDest::For(std::optional<pbInt> runs, pbInt width) const
         return {nullptr, runs.value_or(1)};
     const pbInt room = Length() / PB_SIZEOF(PCM_SAMPLE) / width;
     if (runs && *runs > room)
-        throw py::value_error("the array has no room for so many");
+        throw py::value_error("the array has no room for this number");
     return {reinterpret_cast<PCM_SAMPLE *>(Data()), runs.value_or(room)};
 }
 

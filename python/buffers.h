@@ -55,7 +55,8 @@ struct SampleDest : Memory {
         PCM_SAMPLE *dest;
         pbInt runs;
     };
-    /// Room for so many runs of `width` samples, or for as many as there are. A missing array is one that C refuses.
+    /// Room for a number of runs of `width` samples, or for as many as there are. A missing array is one that C
+    /// refuses.
     Room For(std::optional<pbInt> runs, pbInt width = 1) const;
 };
 

@@ -134,7 +134,7 @@ public:
 
     double Rate() const { return rate_; } ///< frames per second of our clock
 
-    /// Says everything until now and hands over what has come. @return frames said, pauses left out
+    /// Says everything until now and receives what has come. @return frames said, pauses left out
     pbInt Until(Seconds now, Conference &conference)
     {
         pbInt said = 0;
