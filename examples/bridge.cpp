@@ -233,6 +233,8 @@ public:
             const auto due = start_ + ticks_ * kTick;
             std::this_thread::sleep_until(due);
             const auto begun = Clock::now();
+            if (begun - due > kMostBehind) // the computer had no time for us: what is missed is not made up for
+                start_ += begun - due;
             Tick();
             load_ += std::chrono::duration<double>(Clock::now() - begun) / kTick;
             mostLate_ = std::max(mostLate_, std::chrono::duration<double, std::milli>(begun - due).count());
@@ -260,9 +262,7 @@ private:
 
     void Tick()
     {
-        // The time on the conference's clock, which stands still with us when we are kept from running.
-        const auto late = std::chrono::duration<double>(Clock::now() - start_ - ticks_ * kTick).count();
-        const Seconds now = static_cast<double>(ticks_) / kTicksPerSecond + std::min(late, 1.0 / kTicksPerSecond);
+        const Seconds now = std::chrono::duration<double>(Clock::now() - start_).count();
         const double wallClock = WallClock();
         const auto receive = [&](std::uint64_t number) {
             const std::size_t i = number / 2;
@@ -421,6 +421,7 @@ private:
         void operator()(FILE *file) const { std::fclose(file); }
     };
     static constexpr int kMostPackets = 32; // of a port in a tick
+    static constexpr auto kMostBehind = std::chrono::milliseconds(500);
     static constexpr pbInt kNever = pbInt{1} << 40;
     static constexpr std::size_t kPeaksShown = 8;
 

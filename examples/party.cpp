@@ -384,9 +384,8 @@ pcm::Packet Party::Corrected()
     const pbInt surplus = static_cast<pbInt>(std::floor(Aim())) - (position_ - ticks_ * frames); // of frames that wait
     const bool shorter = surplus > frames / 2, urgent = surplus < -frames / 2;
     if ((!shorter && surplus > -frames / 16) || (shorter && !leads_.Settled()) ||
-        (!urgent && ticks_ < corrected_ + kTicksPerSecond / 5) || !Has(shorter ? frames + longest : frames))
+        (!urgent && (ticks_ + next_.source) % (kTicksPerSecond / 5) != 0) || !Has(shorter ? frames + longest : frames))
         return {};
-    corrected_ = ticks_;
     pcm::Packet pkt(1);
     for (const Waiting &waiting : waiting_) {
         const pbInt from = position_ + pkt.Frames(), until = position_ + frames + (shorter ? longest : 0);

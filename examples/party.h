@@ -205,7 +205,6 @@ private:
     pbInt played_ = 0;             // the end of what was played last, on the same scale
     pbInt outOfStep_ = 0;          // packets in a row
     pbInt silent_ = 0;             // ticks since audio was played
-    pbInt corrected_ = 0;          // tick
     Leads leads_;
     std::optional<int> noise_; // -dB of the pause that there is
     bool paused_ = false;

@@ -63,6 +63,7 @@ TEST(Bridge, HoldsOnEveryLine)
         EXPECT_LE(heard.mostLatency - heard.leastLatency, line.spread);
         EXPECT_LE(heard.mostOff, 40);
         EXPECT_LE(heard.mostStep, line.step);
+        EXPECT_NEAR(heard.noise, line.pause == Line::Pause::kNoise ? -kNoise : 0, 1);
         EXPECT_LE(static_cast<double>(heard.counts.corrected), line.corrected);
     }
 }
@@ -145,18 +146,15 @@ TEST(Bridge, ReportsWhatItHasHeardAndReadsReports)
               (std::array{10 * 256 / 99, 10, 5 << 16, 2 << 16}));    // 99 since it is known as a source
     sent.blocks = {{report->from, 64, 1, 1, 80, 11 << 16, 1 << 16}}; // ours came at 11 s, and waited for 1 s
     EXPECT_TRUE(call.At(0).ReceiveReport(RtcpBytes(sent, "somebody"), 12 * kSecond + kSecond / 2));
-    EXPECT_EQ(call.At(0).Count().peerLost, 0.25);
     EXPECT_EQ(call.At(0).Count().roundTrip, 500);
 }
 
 TEST(Bridge, SendsPacketsThatFitTheNetwork)
 {
-    const struct {
-        std::size_t format;
-        pbInt packetTime;
-        std::size_t packets, bytes;
-    } rows[] = {{5, 20, 2, 960},     {5, 60, 2, 960}, {kMulaw, 60, 1, 480},
-                {kMulaw, 10, 2, 80}, {3, 30, 1, 960}, {4, 20, 2, 882}};
+    // clang-format off
+    const struct { std::size_t format; pbInt packetTime; std::size_t packets, bytes; } rows[] = {
+        {5, 20, 2, 960}, {5, 60, 2, 960}, {kMulaw, 60, 1, 480}, {kMulaw, 10, 2, 80}, {3, 30, 1, 960}, {4, 20, 2, 882}};
+    // clang-format on
     for (const auto &row : rows) {
         Conference call = MakeCall({row.format}, {.packetTime = row.packetTime});
         for (int tick = 0; tick < 3; ++tick) // with the third one, a packet ends

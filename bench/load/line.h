@@ -42,27 +42,29 @@ struct Line {
 /// Of a sine: the height, in steps of 16 bits, and radians from frame to frame, which are its greatest step.
 inline constexpr double kSineLevel = 16384, kSineTurn = 0.1117;
 
+inline constexpr int kNoise = 60; ///< -dB, of the pauses of comfort noise
+
 inline constexpr Line kLines[] = {
     {.name = "nothing happens"},
-    {.name = "300 ppm slow", .minutes = 10, .ppm = -300},
-    {.name = "300 ppm fast", .minutes = 10, .ppm = 300},
+    {.name = "300 ppm slow", .minutes = 4, .ppm = -300},
+    {.name = "300 ppm fast", .minutes = 4, .ppm = 300},
     // 8640 frames an hour is what it takes.
     {.name = "300 ppm slow, jitter 60 ms", .minutes = 60, .ppm = -300, .jitter = 60, .corrected = 9600},
     {.name = "300 ppm fast, jitter 60 ms", .minutes = 60, .ppm = 300, .jitter = 60, .corrected = 9600},
-    {.name = "50 ppm slow, jitter 5 ms", .minutes = 10, .ppm = -50, .jitter = 5},
-    {.name = "jitter 60 ms, speech and pauses", .minutes = 10, .ppm = 100, .jitter = 60, .talk = 1.5},
-    {.name = "5 % lost", .minutes = 10, .jitter = 5, .loss = 0.05, .wrong = 0.056, .spread = 100},
+    {.name = "50 ppm slow, jitter 5 ms", .minutes = 4, .ppm = -50, .jitter = 5},
+    {.name = "jitter 60 ms, speech and pauses", .minutes = 4, .ppm = 100, .jitter = 60, .talk = 1.5},
+    {.name = "5 % lost", .minutes = 4, .jitter = 5, .loss = 0.05, .wrong = 0.056, .spread = 100},
     {.name = "5 % lost, three at once",
-     .minutes = 10,
+     .minutes = 4,
      .jitter = 5,
      .loss = 0.05,
      .burst = 3,
      .wrong = 0.056,
      .spread = 120},
-    {.name = "150 ms of nothing every 10 s", .minutes = 10, .jitter = 5, .stall = 150, .wrong = 0.001, .spread = 150},
-    {.name = "every tenth packet twice", .minutes = 10, .jitter = 20, .twice = 0.1},
+    {.name = "150 ms of nothing every 10 s", .minutes = 4, .jitter = 5, .stall = 150, .wrong = 0.001, .spread = 150},
+    {.name = "every tenth packet twice", .minutes = 4, .jitter = 20, .twice = 0.1},
     {.name = "pauses without packets",
-     .minutes = 10,
+     .minutes = 4,
      .ppm = 200,
      .jitter = 20,
      .talk = 1.5,
@@ -70,7 +72,7 @@ inline constexpr Line kLines[] = {
      .wrong = 0.003,
      .spread = 100},
     {.name = "pauses of comfort noise",
-     .minutes = 10,
+     .minutes = 4,
      .ppm = 200,
      .jitter = 20,
      .talk = 1.5,
@@ -78,22 +80,22 @@ inline constexpr Line kLines[] = {
      .wrong = 0.003,
      .spread = 2000},
     {.name = "a sine, 300 ppm slow",
-     .minutes = 10,
+     .minutes = 4,
      .ppm = -300,
      .sine = true,
      .wrong = 1,
      .spread = 1e9,
      .step = 1.1 * kSineLevel * kSineTurn},
     {.name = "a sine, 300 ppm fast",
-     .minutes = 10,
+     .minutes = 4,
      .ppm = 300,
      .sine = true,
      .wrong = 1,
      .spread = 1e9,
      .step = 1.1 * kSineLevel * kSineTurn},
-    {.name = "a second source on the port", .minutes = 10, .jitter = 5, .second = 50},
-    {.name = "a stray packet a second", .minutes = 10, .jitter = 5, .strays = 1},
-    {.name = "20000 stray packets a second", .minutes = 1, .jitter = 5, .strays = 20000},
+    {.name = "a second source on the port", .minutes = 4, .jitter = 5, .second = 50},
+    {.name = "a stray packet a second", .minutes = 4, .jitter = 5, .strays = 1},
+    {.name = "20000 stray packets a second", .minutes = 0.3, .jitter = 5, .strays = 20000, .wrong = 0.002},
     {.name = "numbers that jump", .minutes = 1, .jitter = 5, .jump = 30, .wrong = 0.003, .spread = 60},
 };
 
@@ -123,6 +125,7 @@ struct Heard {
     double leastLatency = 1e9, mostLatency = 0; ///< ms from when a frame is said to when the bridge sends it
     double mostOff = 0;                         ///< ms between the delay and its aim, at the worst of all seconds
     int mostStep = 0;                           ///< between frames that follow each other
+    double noise = 0;                           ///< dB, in pauses of comfort noise
     Statistics counts;
     std::vector<double> latency; ///< ms, the mean of each second; 0: nothing was heard
 };
@@ -195,7 +198,7 @@ private:
             --toLose_;
             return !pause;
         }
-        const Datagram payload = noise ? Datagram{std::byte{60}} : Payload(pause);
+        const Datagram payload = noise ? Datagram{std::byte{kNoise}} : Payload(pause);
         Seconds time = spoken + 0.02 + line_.jitter * 1e-3 * (engine_() / 0x1p32);
         if (const double since = std::fmod(time, 10.0); since < line_.stall * 1e-3)
             time += line_.stall * 1e-3 - since;
@@ -223,7 +226,8 @@ inline Heard Listen(const Line &line, Conference &conference)
     Talker talker(line, 1);
     Heard heard;
     pbInt said = 0, right = 0, wrong = 0, wrongInSpan = 0, run = 0, last = 0, inSecond = 0;
-    double latencies = 0; // of a second
+    double latencies = 0, noise = 0; // ms of a second; of noise, the sum of the squares
+    pbInt noiseFrames = 0;
     std::int16_t before = 0;
     const auto ticks = static_cast<pbInt>(line.minutes * 60 * kTicksPerSecond);
     for (pbInt tick = 0; tick < ticks; ++tick) {
@@ -243,6 +247,11 @@ inline Heard Listen(const Line &line, Conference &conference)
                 heard.mostStep = std::max(heard.mostStep, std::abs(number - before));
             const bool next = number == static_cast<std::int16_t>(before + 1);
             before = number;
+            const double sinceTalk = line.talk ? std::fmod(now, 2 * line.talk) - line.talk : 0;
+            if (line.pause == Line::Pause::kNoise && sinceTalk > line.talk / 2) {
+                noise += static_cast<double>(number) * number;
+                ++noiseFrames;
+            }
             run = next ? run + 1 : 0;
             wrong += !next;
             wrongInSpan += !next;
@@ -273,6 +282,8 @@ inline Heard Listen(const Line &line, Conference &conference)
         }
     }
     heard.wrong = static_cast<double>(std::max(said - right, line.talk ? 0 : wrong)) / static_cast<double>(said);
+    if (noiseFrames)
+        heard.noise = 10 * std::log10(noise / static_cast<double>(noiseFrames) / 0x1p30);
     heard.counts = conference.At(0).Count();
     return heard;
 }
