@@ -13,7 +13,9 @@ bool Memory::Load(py::handle object, int flags)
         return true;
     if (!PyObject_CheckBuffer(object.ptr()))
         return false;
-    if (PyObject_GetBuffer(object.ptr(), &view_, flags | PyBUF_C_CONTIGUOUS) == 0) {
+    if (PyObject_GetBuffer(object.ptr(), &view_, flags | PyBUF_C_CONTIGUOUS | PyBUF_FORMAT) == 0) {
+        if (view_.format && std::string_view(view_.format).find('O') != std::string_view::npos)
+            throw py::type_error("an array of Python objects holds no bytes");
         static std::byte none;
         data_ = view_.buf ? static_cast<std::byte *>(view_.buf) : &none;
         return true;
@@ -56,7 +58,7 @@ bool Misaligned(const Memory &memory)
 
 bool SampleSource::Load(py::handle object)
 {
-    const bool loaded = Memory::Load(object, PyBUF_FORMAT);
+    const bool loaded = Memory::Load(object);
     CheckSamples(*this);
     if (Misaligned(*this))
         Copy();
@@ -70,7 +72,7 @@ std::span<const PCM_SAMPLE> SampleSource::Samples() const
 
 bool SampleDest::Load(py::handle object)
 {
-    const bool loaded = Memory::Load(object, PyBUF_FORMAT | PyBUF_WRITABLE);
+    const bool loaded = Memory::Load(object, PyBUF_WRITABLE);
     CheckSamples(*this);
     if (Misaligned(*this))
         throw py::value_error("the samples are not aligned");

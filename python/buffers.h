@@ -26,7 +26,7 @@ public:
 
 protected:
     /// With the flags of the buffer protocol. What lies scattered is copied if it is only read.
-    bool Load(py::handle object, int flags);
+    bool Load(py::handle object, int flags = 0);
     /// Goes on with a copy, in order and aligned.
     void Copy();
 
@@ -38,7 +38,7 @@ private:
 
 /// Bytes to read.
 struct ByteSource : Memory {
-    bool Load(py::handle object) { return Memory::Load(object, PyBUF_FORMAT); }
+    bool Load(py::handle object) { return Memory::Load(object); }
 };
 /// Bytes to write.
 struct ByteDest : Memory {

@@ -67,6 +67,12 @@ std::string NameOf(pcm::Encoding encoding)
     return encoding.ToString();
 }
 
+/// A method, for an encoding that is there: None may come as `self`.
+template <class R, class... A> auto Of(R (pcm::Encoding::*method)(A...) const)
+{
+    return [method](const pcm::Encoding &self, A... args) { return (self.*method)(args...); };
+}
+
 } // namespace
 
 void DefineEncoding(py::module_ &module)
@@ -80,10 +86,10 @@ void DefineEncoding(py::module_ &module)
     encoding
         .def(py::init([](EncodingLike encoding) { return pcm::Encoding(encoding); }), py::arg("encoding"),
              "Of a name, a flag word, or another encoding. ValueError for a name that there is not.")
-        .def("normalize", &pcm::Encoding::Normalize, "The encoding with at most one flag of each group.")
-        .def("to_string", &pcm::Encoding::ToString, "The names of the normalised flags, joined by `|`.")
-        .def("sizeof_sample", &pcm::Encoding::SizeofSample, "Bytes of a sample with its container: 1 to 8.")
-        .def("sizeof_frame", &pcm::Encoding::SizeofFrame, py::arg("channels"),
+        .def("normalize", Of(&pcm::Encoding::Normalize), "The encoding with at most one flag of each group.")
+        .def("to_string", Of(&pcm::Encoding::ToString), "The names of the normalised flags, joined by `|`.")
+        .def("sizeof_sample", Of(&pcm::Encoding::SizeofSample), "Bytes of a sample with its container: 1 to 8.")
+        .def("sizeof_frame", Of(&pcm::Encoding::SizeofFrame), py::arg("channels"),
              "Bytes of a frame. ValueError for channels below 1, MemoryError where the size does not fit in 64 bits.")
         .def_property_readonly("name", &NameOf, "The short name such as 's16le' where there is one.")
         .def("__int__", [](pcm::Encoding encoding) { return PCM_ENCODING(encoding); })
@@ -92,10 +98,10 @@ void DefineEncoding(py::module_ &module)
         .def(
             "__eq__", [](pcm::Encoding a, pcm::Encoding b) { return PCM_ENCODING(a) == PCM_ENCODING(b); },
             py::is_operator())
-        .def("__str__", &pcm::Encoding::ToString)
+        .def("__str__", Of(&pcm::Encoding::ToString))
         .def("__repr__", [](pcm::Encoding encoding) { return "Encoding('" + NameOf(encoding) + "')"; })
-        .def("__reduce__", [](py::handle self) {
-            return py::make_tuple(py::type::of(self), py::make_tuple(PCM_ENCODING(self.cast<pcm::Encoding>())));
+        .def("__reduce__", [](pcm::Encoding self) {
+            return py::make_tuple(py::type::of<pcm::Encoding>(), py::make_tuple(PCM_ENCODING(self)));
         });
 }
 
@@ -109,7 +115,11 @@ bool pybind11::detail::type_caster<python::EncodingLike>::load(handle source, bo
             value.flags = PyLong_AsLongLong(flags);
             return true;
         }
-        value.flags = python::ParseFlags(pybind11::cast<std::string_view>(source));
+        Py_ssize_t length;
+        const char *const text = PyUnicode_AsUTF8AndSize(source.ptr(), &length);
+        if (!text)
+            throw error_already_set();
+        value.flags = python::ParseFlags({text, static_cast<std::size_t>(length)});
         return PyDict_SetItem(names, source.ptr(), int_(value.flags).ptr()) == 0;
     }
     make_caster<pcm::Encoding> encoding;

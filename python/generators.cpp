@@ -49,7 +49,8 @@ void GatherTwo(ToneObject *toneA, ToneObject *toneB, const SampleDest &dest, std
                [&](Tone &a, Tone &b) { GatherInto<gather>(dest, samples, a.Get(), b.Get()); });
 }
 
-template <auto gather> PacketObject *GatherPacketOfTwo(ToneObject *toneA, ToneObject *toneB, pbInt samples)
+template <auto gather>
+std::unique_ptr<PacketObject> GatherPacketOfTwo(ToneObject *toneA, ToneObject *toneB, pbInt samples)
 {
     return New(ChangeBoth(toneA, toneB, Work(samples), [&](Tone &a, Tone &b) { return gather(a, b, samples); }));
 }
@@ -60,7 +61,7 @@ template <auto gather> void GatherArray(const SampleDest &dest, std::optional<pb
     GatherInto<gather>(dest, samples);
 }
 
-template <auto gather> PacketObject *GatherPacket(pbInt samples)
+template <auto gather> std::unique_ptr<PacketObject> GatherPacket(pbInt samples)
 {
     const auto make = [samples] {
         const Released released(Work(samples));
@@ -83,9 +84,9 @@ void DefineGenerators(py::module_ &module)
         .def(py::init([](pbInt period) { return New(Tone(period)); }), arg("period"), "A new tone, at phase 0.")
         .def_static(
             "try_create_with_frequency",
-            [](pbInt frameRate, pbInt hertz) -> std::optional<ToneObject *> {
+            [](pbInt frameRate, pbInt hertz) -> std::unique_ptr<ToneObject> {
                 Tone tone = Tone::TryCreateWithFrequency(frameRate, hertz);
-                return tone ? std::optional(New(std::move(tone))) : std::nullopt;
+                return tone ? New(std::move(tone)) : nullptr;
             },
             arg("frame_rate"), arg("hertz"),
             "The tone whose period comes nearest to that of a frequency; None when it is below 1 frame.")

@@ -11,7 +11,7 @@
 #include <pcm/pcm.hpp>
 
 #include <atomic>
-#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -57,21 +57,14 @@ public:
     Object(const Object &) = delete;
     Object &operator=(const Object &) = delete;
 
-    // Zeroed memory is an object with an empty handle, which is what `Packet.__new__(Packet)` gives.
-    static void *operator new(std::size_t size)
-    {
-        void *memory = std::calloc(1, size);
-        return memory ? memory : throw std::bad_alloc();
-    }
-    static void operator delete(void *memory) { std::free(memory); }
-
     /// One more reference to the present object.
     H Share()
     {
         const Held held(*this);
         return handle_;
     }
-    /// Calls change(handle) with no other thread at the handle.
+    /// Calls change(handle) with no other thread at the handle, and, for much work, without the interpreter's lock:
+    /// what is called is not Python's.
     template <class F> decltype(auto) Change(F change)
     {
         const Held held(*this);
@@ -131,9 +124,9 @@ private:
 using PacketObject = Object<pcm::Packet>;
 
 /// A Python object that holds what an operation has returned.
-template <class H> Object<H> *New(H handle)
+template <class H> std::unique_ptr<Object<H>> New(H handle)
 {
-    return new Object<H>(std::move(handle));
+    return std::make_unique<Object<H>>(std::move(handle));
 }
 
 /// A packet, or samples from which one is made; None is a packet that is missing.
@@ -195,3 +188,22 @@ template <class H, class R> auto Asking(R (H::*method)() const)
 }
 
 } // namespace python
+
+namespace pybind11::detail {
+
+/// Objects whose __init__ was not called, as `Packet.__new__(Packet)`, are refused: pybind11 would lend wild memory.
+template <class T> struct initialised_caster : type_caster_base<T> {
+    bool load(handle source, bool convert)
+    {
+        const type_info *type = this->typeinfo;
+        if (PyObject_TypeCheck(source.ptr(), type->type) &&
+            !reinterpret_cast<instance *>(source.ptr())->get_value_and_holder(type).holder_constructed())
+            throw type_error("the object is not initialised");
+        return type_caster_base<T>::load(source, convert);
+    }
+};
+
+template <class H> struct type_caster<python::Object<H>> : initialised_caster<python::Object<H>> {
+};
+
+} // namespace pybind11::detail

@@ -28,7 +28,7 @@ public:
     {
         const auto numpy = py::module_::import("numpy");
         packet_ = owner_.cast<PacketObject &>().Lend([](Packet &packet) { packet.MutableSamples(); });
-        root_ = numpy.attr("asarray")(py::cast(new Samples{packet_}));
+        root_ = numpy.attr("asarray")(py::cast(std::make_unique<Samples>(packet_)));
         array_ = root_[py::ellipsis()];
         return array_;
     }
@@ -44,6 +44,7 @@ public:
 
     /// The memory while it may be written.
     struct Samples {
+        explicit Samples(Packet lent) : packet(std::move(lent)) {}
         Packet packet;
     };
 
@@ -60,6 +61,18 @@ private:
     Packet packet_;
 };
 
+} // namespace
+} // namespace python
+
+template <> struct pybind11::detail::type_caster<python::Writable> : initialised_caster<python::Writable> {
+};
+template <>
+struct pybind11::detail::type_caster<python::Writable::Samples> : initialised_caster<python::Writable::Samples> {
+};
+
+namespace python {
+namespace {
+
 int LendPacket(PyObject *object, const Packet &packet, Py_buffer *view, int flags, bool writable)
 {
     return Export(object, pcm::Obj(packet.Get()), packet.Samples(), {packet.Frames(), packet.Channels()}, view, flags,
@@ -75,18 +88,29 @@ int LendToWrite(PyObject *object, Writable::Samples &self, Py_buffer *view, int 
 }
 
 /// The frames that a slice means.
-struct Frames {
-    pbInt start, count;
-
-    Frames(const py::slice &slice, const Packet &packet)
+class Slice {
+public:
+    explicit Slice(const py::slice &slice)
     {
-        Py_ssize_t stop, step;
-        if (PySlice_Unpack(slice.ptr(), &start, &stop, &step))
+        Py_ssize_t step;
+        if (PySlice_Unpack(slice.ptr(), &start_, &stop_, &step))
             throw py::error_already_set();
         if (step != 1)
             throw py::value_error("a slice of a packet has step 1");
-        count = PySlice_AdjustIndices(packet.Frames(), &start, &stop, 1);
     }
+
+    struct Frames {
+        Py_ssize_t start, count;
+    };
+    Frames Of(const Packet &packet) const
+    {
+        Py_ssize_t start = start_, stop = stop_;
+        const Py_ssize_t count = PySlice_AdjustIndices(packet.Frames(), &start, &stop, 1); // arithmetic alone
+        return {start, count};
+    }
+
+private:
+    Py_ssize_t start_, stop_;
 };
 
 bool SameSamples(const Packet &a, const Packet &b)
@@ -99,6 +123,11 @@ bool SameSamples(const Packet &a, const Packet &b)
 
 void DefinePacket(py::module_ &module)
 {
+    py::class_<Writable>(module, "_Writable", py::module_local())
+        .def("__enter__", [](Writable &self) { return self.Enter(); })
+        .def("__exit__", [](Writable &self, const py::args &) { self.Exit(); });
+    py::class_<Writable::Samples>(module, "_Samples", py::module_local(), Exporting<Writable::Samples, LendToWrite>());
+
     py::class_<PacketObject> packet(
         module, "Packet", Exporting<PacketObject, LendToRead>(),
         "A run of frames of one channel count.\n\n"
@@ -118,9 +147,10 @@ void DefinePacket(py::module_ &module)
         .def("__copy__", [](PacketObject &self) { return New(self.Share()); })
         .def("__deepcopy__", [](PacketObject &self, py::handle) { return New(Packet::CreateFrom(self.Share())); })
         .def("__reduce__",
-             [](py::handle self) {
-                 const Packet packet = self.cast<PacketObject &>().Share();
-                 return py::make_tuple(py::type::of(self), py::make_tuple(Array(packet.Samples()), packet.Channels()));
+             [](PacketObject &self) {
+                 const Packet packet = self.Share();
+                 return py::make_tuple(py::type::of<PacketObject>(),
+                                       py::make_tuple(Array(packet.Samples()), packet.Channels()));
              })
         .def(
             "__eq__", [](PacketObject &self, PacketObject &other) { return SameSamples(self.Share(), other.Share()); },
@@ -135,33 +165,38 @@ void DefinePacket(py::module_ &module)
             "__getitem__",
             [](PacketObject &self, const py::slice &slice) {
                 Packet packet = self.Share();
-                const Frames frames(slice, packet);
-                packet.DelOuter(frames.start, frames.count);
+                const auto [start, count] = Slice(slice).Of(packet);
+                packet.DelOuter(start, count);
                 return New(std::move(packet));
             },
             "The frames of a slice with step 1, as a packet.")
         .def(
             "__setitem__",
             [](PacketObject &self, const py::slice &slice, const Source &source) {
-                self.Change(Work(source), [&](Packet &packet) {
-                    const Frames frames(slice, packet);
-                    if (source.packet && source.packet.Frames() != frames.count)
+                self.Change(Work(source), [frames = Slice(slice), &source](Packet &packet) {
+                    const auto [start, count] = frames.Of(packet);
+                    if (source.packet && source.packet.Frames() != count)
                         throw py::value_error("the source has another number of frames");
-                    packet.Write(frames.start, source);
+                    packet.Write(start, source);
                 });
             },
             "Overwrites the frames of a slice with as many others.")
         .def(
             "__delitem__",
             [](PacketObject &self, const py::slice &slice) {
-                self.Change([&](Packet &packet) {
-                    const Frames frames(slice, packet);
-                    packet.DelInner(frames.start, frames.count);
+                self.Change([frames = Slice(slice)](Packet &packet) {
+                    const auto [start, count] = frames.Of(packet);
+                    packet.DelInner(start, count);
                 });
             },
             "Removes the frames of a slice.")
         .def(
-            "writable", [](py::object self) { return new Writable(std::move(self)); },
+            "writable",
+            [](py::object self) {
+                if (!py::isinstance<PacketObject>(self))
+                    throw py::type_error("self");
+                return std::make_unique<Writable>(std::move(self));
+            },
             "`with packet.writable() as array:` lends the samples as a writable array of shape (frames, channels).\n\n"
             "Meanwhile the packet is refused to everybody else. Afterwards the array is read-only; views of it that\n"
             "are left keep the memory, and the packet goes on with a copy.")
@@ -276,11 +311,6 @@ void DefinePacket(py::module_ &module)
             arg("dest_channel_offset"), arg("dest_frame_offset"), arg("source"), arg("source_channel_offset"),
             arg("source_channel_count"), arg("source_frame_offset"), arg("channels"), arg("frames"),
             "As write_channels, of a float32 array of interleaved samples, source_channel_count to a frame.");
-
-    py::class_<Writable>(module, "_Writable", py::module_local())
-        .def("__enter__", &Writable::Enter)
-        .def("__exit__", [](Writable &self, const py::args &) { self.Exit(); });
-    py::class_<Writable::Samples>(module, "_Samples", py::module_local(), Exporting<Writable::Samples, LendToWrite>());
 }
 
 } // namespace python

@@ -89,13 +89,13 @@ void DefineStreams(py::module_ &module)
                  const PacketQueue queue = self.Share();
                  return Describe("PacketQueue", queue.Channels(), queue.Packets(), queue.Frames());
              })
-        .def("__reduce__", [](py::handle self) {
-            PacketQueue queue = self.cast<Object<PacketQueue> &>().Share();
+        .def("__reduce__", [](Object<PacketQueue> &self) {
+            PacketQueue queue = self.Share();
             const pbInt channels = queue.Channels();
             py::list packets;
             while (queue.Packets())
                 packets.append(New(queue.Read()));
-            return py::make_tuple(py::type::of(self), py::make_tuple(channels, packets));
+            return py::make_tuple(py::type::of<Object<PacketQueue>>(), py::make_tuple(channels, packets));
         });
 
     py::class_<Object<FilterCoefficients>> coefficients(
@@ -115,9 +115,9 @@ void DefineStreams(py::module_ &module)
                  return New(set ? FilterCoefficients::CreateFrom(set) : set);
              })
         .def("__reduce__",
-             [](py::handle self) {
-                 const FilterCoefficients set = self.cast<Object<FilterCoefficients> &>().Share();
-                 return py::make_tuple(py::type::of(self), py::make_tuple(Array(set.Taps())));
+             [](Object<FilterCoefficients> &self) {
+                 const FilterCoefficients set = self.Share();
+                 return py::make_tuple(py::type::of<Object<FilterCoefficients>>(), py::make_tuple(Array(set.Taps())));
              })
         .def(
             "__eq__",
