@@ -4,6 +4,7 @@ import os
 import pickle
 import random
 import re
+import resource
 import subprocess
 import threading
 from array import array
@@ -63,6 +64,27 @@ def test_bytes_go_in_and_out():
     for source, target in (memory, memory), (memory, memoryview(memory)[4:]):
         with pytest.raises(ValueError, match="overlap"):
             pcm.convert(source, "s16le", "s16be", target)
+
+
+def test_what_comes_out_is_given_back():
+    second, queue, low = pcm.Packet(ramp(48000, 2)), pcm.PacketQueue(2), pcm.Filter(pcm.FilterCoefficients(2), 2)
+
+    def once():
+        for packet in pcm.decode(second.encode("s16le"), "s16le", 2), second[1:], copy.deepcopy(second):
+            queue.write(packet)
+        low.write(second)
+        low.read(), copy.deepcopy(queue), pickle.loads(pickle.dumps(queue)), pcm.noise_gather(48000)
+        queue.clear()
+        with second.writable() as samples:
+            samples[:] = memoryview(pcm.Packet(ramp(1, 2)))
+        with pytest.raises(IndexError):
+            second.insert_inner(0, second, 48000, 1)
+
+    once()
+    before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+    for _ in range(100):
+        once()
+    assert resource.getrusage(resource.RUSAGE_SELF).ru_maxrss < before + 16384 or "PCM_SANITIZED" in os.environ
 
 
 CLASSES = [pcm.PacketQueue, pcm.Packet, pcm.FilterCoefficients, pcm.Filter, pcm.Tone]
