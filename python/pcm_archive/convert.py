@@ -30,7 +30,7 @@ class Options:
 
 def _outermost(encoding):
     """From which magnitude on a sample is clipped: the outermost code of integers and G.711, full scale of floats."""
-    bits = {1: 8, 2: 16, 3: 24, 4: 32}[sound._bytes(encoding)]
+    bits = {1: 8, 2: 16, 3: 24, 4: 32}[sound.sample_bytes(encoding)]
     if encoding.startswith("f"):
         return 1.0
     if encoding.endswith("law"):

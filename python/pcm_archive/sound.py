@@ -43,7 +43,7 @@ class Unreadable(Exception):
     """Why a file is not converted, for the table."""
 
 
-def _bytes(encoding):
+def sample_bytes(encoding):
     return BYTES[encoding.removesuffix("le").removesuffix("be")]
 
 
@@ -110,7 +110,7 @@ class Reader:
 
     def packets(self, frames):
         """Packets of that many frames; the last is shorter."""
-        block = bytearray(frames * self.channels * (_bytes(self.encoding) if self._plain else 4))
+        block = bytearray(frames * self.channels * (sample_bytes(self.encoding) if self._plain else 4))
         while True:
             got = self._raw(block) if self._plain else self._file.buffer_read_into(block, "float32")
             if got == 0:
@@ -126,7 +126,7 @@ class Reader:
     def _raw(self, block):
         size = len(block)
         got = _sndfile.sf_read_raw(_handle(self._file), (ctypes.c_char * size).from_buffer(block), size)
-        return max(got, 0) // (self.channels * _bytes(self.encoding))
+        return max(got, 0) // (self.channels * sample_bytes(self.encoding))
 
     def close(self):
         self._file.close()
