@@ -79,7 +79,7 @@ py::object Decode(const ByteSource &source, pcm::Encoding encoding, pbInt channe
         pcm::Convert(std::as_writable_bytes(dest), 0, source.Bytes(), OfBytes(encoding));
         return pcm::Packet::CreateFromSamplesUse(block, channels, frames);
     };
-    return py::cast(New(decode()));
+    return py::cast(New(decode()), py::return_value_policy::take_ownership);
 }
 
 py::object Encode(const Source &source, pcm::Encoding encoding, const ByteDest &out)

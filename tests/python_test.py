@@ -213,3 +213,27 @@ def test_no_argument_does_worse_than_raise(threads):
     for thread in running:
         thread.join()
     assert not broken, seed
+
+
+def test_nothing_is_left_behind():
+    codes = bytes(1 << 20)
+
+    def use():
+        packet = pcm.decode(codes, "mulaw")
+        with packet.writable() as samples:
+            samples[:5] = 1
+        view = np.asarray(packet)
+        packet.level_adjust(-6.0)
+        pcm.Filter(pcm.FilterCoefficients("LOWPASS_4000_AT_16000"), 1).write(packet[:100])
+        return view, copy.copy(packet).encode("s16le"), pcm.convert(codes, "alaw", "f32be"), pcm.Packet(view)
+
+    def pages():
+        with open("/proc/self/statm") as file:
+            return int(file.read().split()[1])
+
+    for _ in range(5):
+        use()
+    before = pages()
+    for _ in range(20):  # a megabyte of codes is 4 of samples
+        use()
+    assert (pages() - before) * 4096 < 20 << 20
