@@ -69,7 +69,11 @@ if(PCM_BUILD_EXAMPLES)
 endif()
 
 if(PCM_BUILD_PYTHON)
-    install(DIRECTORY python/pcm_archive DESTINATION lib/python3/dist-packages COMPONENT archive EXCLUDE_FROM_ALL
+    set(python_dir lib/python3/dist-packages)
+    install(TARGETS pcm_python LIBRARY DESTINATION ${python_dir}/pcm COMPONENT python EXCLUDE_FROM_ALL)
+    install(FILES python/pcm.pyi DESTINATION ${python_dir}/pcm RENAME __init__.pyi COMPONENT python EXCLUDE_FROM_ALL)
+    install(FILES python/py.typed DESTINATION ${python_dir}/pcm COMPONENT python EXCLUDE_FROM_ALL)
+    install(DIRECTORY python/pcm_archive DESTINATION ${python_dir} COMPONENT archive EXCLUDE_FROM_ALL
         PATTERN __pycache__ EXCLUDE)
     install(PROGRAMS python/pcm-archive TYPE BIN COMPONENT archive EXCLUDE_FROM_ALL)
     install(FILES docs/man/pcm-archive.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT archive EXCLUDE_FROM_ALL)

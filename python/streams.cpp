@@ -138,7 +138,8 @@ void DefineStreams(py::module_ &module)
                  return New(Filter(coefficients ? coefficients->Share() : FilterCoefficients(), channels));
              }),
              arg("coefficients"), arg("channels") = 1, "A filter that has seen no frames.")
-        .def_property_readonly("coefficients", Asking(&Filter::Coefficients), "The taps.")
+        .def_property_readonly(
+            "coefficients", [](Object<Filter> &self) { return New(self.Share().Coefficients()); }, "The taps.")
         .def("reset", Changing(&Filter::Reset), "Forgets all frames, those remembered and those that wait.")
         .def("__repr__", [](Object<Filter> &self) {
             const Filter filter = self.Share();

@@ -10,7 +10,7 @@ mkdir -p "$root"
 root=$(cd "$root" && pwd)
 
 status=0
-for package in libpcm1 libpcm-dev libpb1 libpb-dev pcm-examples; do
+for package in libpcm1 libpcm-dev libpb1 libpb-dev pcm-examples python3-pcm pcm-archive; do
     dpkg-deb --extract "$packages/$package"_[0-9]*.deb "$root/root"
 done
 
@@ -19,7 +19,7 @@ libdir=$(dirname "$(find "$root/root/usr/lib" -name libpcm.so)")
 "$here/consumers.sh" "$libdir" "$root/consumers"
 for program in "$root"/root/usr/bin/pcm-*; do
     [ -e "$root/root/usr/share/man/man1/${program##*/}.1.gz" ] || { echo "$program has no manual page"; status=1; }
-    LD_LIBRARY_PATH=$libdir "$program" --help >/dev/null || { echo "$program does not run"; status=1; }
+    LD_LIBRARY_PATH=$libdir PYTHONPATH=$root/root/usr/lib/python3/dist-packages "$program" --help >/dev/null || { echo "$program does not run"; status=1; }
 done
 
 # Each package has what it is for, and depends on what that needs.
@@ -39,6 +39,9 @@ for library in pb pcm; do
 done
 needs libpcm1 'libpb1 (>= '
 needs libpcm-dev 'libpb-dev (= '
+needs python3-pcm 'python3-numpy'
+holds python3-pcm '/pcm/__init__\.pyi'
+needs pcm-archive 'python3-pcm (>= '
 needs pcm-examples 'libpcm1 (>= '
 needs pcm-examples 'libsndfile1'
 needs pcm-examples 'libsoxr0'

@@ -1,11 +1,13 @@
 """The Python module: views and copies, and that no argument, from any thread, does worse than raise an exception."""
 import copy
 import os
+import pathlib
 import pickle
 import random
 import re
 import resource
 import subprocess
+import sys
 import threading
 from array import array
 
@@ -48,6 +50,7 @@ def test_copies_are_equal_until_one_changes():
         again[:1] = again[1:2]
         assert again != packet and packet == pcm.Packet(ramp(3, 2))
         assert make(taps) == taps and make(pcm.Encoding("mulaw")) == pcm.Encoding("mulaw")
+        assert pcm.Filter(make(taps)).coefficients == taps
         assert make(queue).gather(3) == copy.copy(queue).gather(3)
 
 
@@ -64,6 +67,13 @@ def test_bytes_go_in_and_out():
     for source, target in (memory, memory), (memory, memoryview(memory)[4:]):
         with pytest.raises(ValueError, match="overlap"):
             pcm.convert(source, "s16le", "s16be", target)
+
+
+def test_the_stubs_are_those_of_the_module():
+    root = pathlib.Path(__file__).parent.parent
+    stubs = subprocess.run([sys.executable, root / "scripts/python-stubs"], capture_output=True, text=True, check=True)
+    assert stubs.stdout == (root / "python/pcm.pyi").read_text()  # scripts/python-stubs >python/pcm.pyi
+    compile(stubs.stdout, "pcm.pyi", "exec")
 
 
 def test_what_comes_out_is_given_back():
