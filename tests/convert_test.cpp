@@ -77,15 +77,16 @@ void CheckCodecs(const std::vector<uint32_t> &patterns, std::initializer_list<PC
     for (const PCM_ENCODING type : SampleTypes())
         for (const PCM_ENCODING sign : {PCM_ENCODING(0), PCM_ENCODING_UNSIGNED})
             for (const PCM_ENCODING pack : packs) {
-                const Plain plain(type | sign | pack);
+                const pcm::Encoding encoding = type | sign | pack;
+                const Plain plain(encoding);
                 Bytes bytes(samples.size() * static_cast<std::size_t>(plain.container), 0xA5);
-                pcm___Convert(bytes.data(), type | sign | pack, samples.data(), 0, std::ssize(samples));
-                ASSERT_TRUE(SameBytes(bytes, plain.Encode(samples), type | sign | pack));
+                pcm___Convert(bytes.data(), encoding, samples.data(), 0, std::ssize(samples));
+                ASSERT_TRUE(SameBits(bytes, plain.Encode(samples))) << encoding.ToString();
                 for (pbInt i = 0; i < std::ssize(patterns); ++i)
                     for (pbInt b = 0; b < plain.bytes; ++b) // the top bytes
                         bytes[plain.PlaceOf(i, b)] = static_cast<uint8_t>(patterns[i] >> 8 * (4 - plain.bytes + b));
-                pcm___Convert(decoded.data(), 0, bytes.data(), type | sign | pack, std::ssize(decoded));
-                ASSERT_TRUE(SameBytes(decoded, plain.Decode(bytes), type | sign | pack));
+                pcm___Convert(decoded.data(), 0, bytes.data(), encoding, std::ssize(decoded));
+                ASSERT_TRUE(SameBits(decoded, plain.Decode(bytes))) << encoding.ToString();
             }
 }
 

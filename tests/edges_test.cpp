@@ -85,7 +85,7 @@ TEST(Edges, NoByteIsConvertedBeyondTheEnds)
     for (const PCM_ENCODING type : types)
         for (const PCM_ENCODING variant : {0x000, 0x400, 0x100, 0x900})
             for (const PCM_ENCODING pack : {0, 1, 2, 4, 8, 16, 32, 64}) {
-                const PCM_ENCODING encoding = type | variant | pack << 12;
+                const pcm::Encoding encoding = type | variant | pack << 12;
                 const Plain plain(encoding);
                 const Bytes encoded = plain.Encode(samples);
                 const Samples decoded = plain.Decode(encoded);
@@ -96,11 +96,13 @@ TEST(Edges, NoByteIsConvertedBeyondTheEnds)
                     std::copy_n(samples.begin(), length, values);
                     std::fill_n(bytes, size, 0xA5);
                     pcm___Convert(bytes, encoding, values, 0, length);
-                    EXPECT_TRUE(SameBytes(std::span(bytes, size), std::span(encoded).first(size), encoding));
+                    EXPECT_TRUE(SameBits(std::span(bytes, size), std::span(encoded).first(size)))
+                        << encoding.ToString();
                     for (const PCM_ENCODING dest : {PCM_ENCODING(0), PCM_ENCODING_FLOAT_32}) { // which is in pieces
                         std::fill_n(values, length, 9.0f);
                         pcm___Convert(values, dest, bytes, encoding, length);
-                        EXPECT_TRUE(SameBytes(std::span(values, length), std::span(decoded).first(length), encoding));
+                        EXPECT_TRUE(SameBits(std::span(values, length), std::span(decoded).first(length)))
+                            << encoding.ToString();
                     }
                 });
             }

@@ -25,17 +25,11 @@ using Sorts = Types<PCM_PACKET, PCM_PACKET_QUEUE, PCM_FILTER, PCM_FILTER_COEFFIC
                     PB_VECTOR, PB_ENUM, PB_FLAGSET, PB_OBJ>;
 
 /// What the checks of each sort call an object that is missing.
-constexpr const char *kObjectNames[] = {"(pkt|source)",
-                                        "(queue|source)",
-                                        "(filter|source)",
-                                        "(coeff|coefficients|source)",
-                                        "tone[AB]?", // as above
-                                        "(buf|source)",
-                                        "pbs",
-                                        "vec",
-                                        "enm",
-                                        "flags",
-                                        "obj"};
+// clang-format off
+constexpr const char *kObjectNames[] = {
+    "(pkt|source)", "(queue|source)", "(filter|source)", "(coeff|coefficients|source)", "tone[AB]?", "(buf|source)",
+    "pbs", "vec", "enm", "flags", "obj"};
+// clang-format on
 
 struct Argument {
     enum Kind { Int, Real, Array, Object, Handle } kind; ///< an array: of samples, bytes or characters
@@ -97,7 +91,7 @@ struct Subjects {
     Subject<PCM_TONE> tone{pcm::Tone(40).Get()};
     Subject<PB_BUFFER> bytes{pcm::Buffer(std::as_bytes(std::span(array)).first(15)).Get()};
     Subject<PB_STRING> text{pcm::String("PCM_ENCODING_INT_16").Get()};
-    Subject<PB_VECTOR> vector0{Held<PB_VECTOR>::Adopt(pbVectorCreate()).Get()}, vector1 = vector0;
+    Subject<PB_VECTOR> vector1{Held<PB_VECTOR>::Adopt(pbVectorCreate()).Get()};
     Subject<PB_ENUM> types{pcm___FilterTypeEnum};
     Subject<PB_FLAGSET> flags{pcm___EncodingFlagset};
     struct Empty {
@@ -441,28 +435,18 @@ inline Table::Table()
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (nullptr, nullptr, -1), "tone");
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, -1), "samples >= 0");
     BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, 1), "samples == 0 || dest");
-    file = "source/pcm/pcm_dual_tone";
-    REFUSES(pcmDualToneGather, (nullptr, nullptr, -1), "toneA");
-    REFUSES(pcmDualToneGather, (tone, nullptr, -1), "toneB");
-    REFUSES(pcmDualToneGather, (tone, tone, -1), "samples >= 0");
-    REFUSES(pcmDualToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
-    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (nullptr, nullptr, nullptr, -1), "toneA");
-    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, nullptr, nullptr, -1), "toneB");
-    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, tone, nullptr, -1), "samples >= 0");
-    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, (tone, tone, nullptr, 1),
-            "samples == 0 || dest");
-    file = "source/pcm/pcm_modulated_tone";
-    REFUSES(pcmModulatedToneGather, (nullptr, nullptr, -1), "toneA");
-    REFUSES(pcmModulatedToneGather, (tone, nullptr, -1), "toneB");
-    REFUSES(pcmModulatedToneGather, (tone, tone, -1), "samples >= 0");
-    REFUSES(pcmModulatedToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
-    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (nullptr, nullptr, nullptr, -1),
-            "toneA");
-    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, nullptr, nullptr, -1), "toneB");
-    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, tone, nullptr, -1),
-            "samples >= 0");
-    BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, (tone, tone, nullptr, 1),
-            "samples == 0 || dest");
+    file = "source/pcm/pcm_(dual|modulated)_tone";
+    BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (nullptr, nullptr, -1), "toneA");
+    BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, nullptr, -1), "toneB");
+    BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, tone, -1), "samples >= 0");
+    BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
+#define PAIRS_REFUSE(...)                                                                                              \
+    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, __VA_ARGS__),                                   \
+        BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, __VA_ARGS__)
+    PAIRS_REFUSE((nullptr, nullptr, nullptr, -1), "toneA");
+    PAIRS_REFUSE((tone, nullptr, nullptr, -1), "toneB");
+    PAIRS_REFUSE((tone, tone, nullptr, -1), "samples >= 0");
+    PAIRS_REFUSE((tone, tone, nullptr, 1), "samples == 0 || dest");
     file = "source/pcm/pcm_noise";
     REFUSES(pcmNoiseGather, (-1), "samples >= 0");
     REFUSES(pcmNoiseGather, (kMost / 2), "PB_INT_MUL_OK( count, size )", kMemory);
@@ -491,36 +475,9 @@ inline Table::Table()
     REFUSES(pcm___SamplesChannelCopy, (array, 0, 1, array, 0, 0, 0), "sourceChannel < sourceChannels");
     REFUSES(pcm___SamplesChannelScale, (nullptr, 2, 2, 0, 1.0), "destChannel < destChannels");
     file = "source/pb/pb_[a-z]+";
-    ACCEPTS(pbBufferBacking, pbBufferLength, pbEnumParse, pbFlagsetParse, pbFlagsetGenerate, pbStringCstr,
-            pbStringLength, pbVectorLength, pbVectorClear, pbObjSort, pbObjToString, pb___ObjDbgAllocationSize,
-            pbMemSetN);
-    REFUSES(pbEnumSetEnumerantCstr, (empty, nullptr, -1, 0), "*enm");
-    REFUSES(pbFlagsetSetFlagCstr, (empty, nullptr, -1, 0), "*flags");
-    REFUSES(pbFlagsetHasFlagCstr, (nullptr, nullptr, -1), "flags");
-    REFUSES(pbVectorAppendObj, (empty, nullptr), "*vec");
-    REFUSES(pbStringCreateFromCstr, (nullptr, -2), "text || length == 0");
-    REFUSES(pbStringCreateFromCstr, ("", -2), "length >= -1");
-    REFUSES(pbStringCreateFromCstr, ("", kMost), "PB_INT_ADD_OK( length, 1 )");
-    REFUSES(pbVectorUnshift, (vector0), "(*vec)->length > 0");
-    BOTH_REFUSE(pbMemCopyN, pbMemMoveN, (nullptr, nullptr, 1, 1), "dest");
-
-    ONLY_REFUSES(pbBufferCreateFromBytesUse, (nullptr, -1), "length >= 0");
-    ONLY_REFUSES(pbEnumGenerate, (types, 7), "known != enm->end()");
-    ONLY_REFUSES(pbMemAllocN, (-1, -1), "count >= 0");
-    ONLY_REFUSES(pbMemAllocN, (1, -1), "size >= 0");
-    ONLY_REFUSES(pbMemAllocN, (kMost / 2, 4), "PB_INT_MUL_OK( count, size )");
-    ONLY_REFUSES(pbMemAlloc, (-1), "count >= 0");
-    ONLY_REFUSES(pbMemAlloc, (kMost), "memory");
-    ONLY_REFUSES(pb___ObjFree, (nullptr), "obj");
-    ONLY_REFUSES(pbObjRetain, (nullptr), "obj");
-    ONLY_REFUSES(pbObjRelease, (nullptr), "obj");
-    ONLY_REFUSES(pb___ObjCreate, (8, nullptr), "size >= PB_SIZEOF(PB_OBJ)");
-    ONLY_REFUSES(pb___ObjCreate, (80, nullptr), "sort");
-    ONLY_REFUSES(pb___ObjCreate, (kMost, pcmPacketSort()), "memory");
-    ONLY_REFUSES(pb___ObjDbgSetAllocationSize, (nullptr, -1), "obj");
-    ONLY_REFUSES(pb___ObjDbgSetAllocationSize, (text, -1), "bytes >= 0");
-    ONLY_REFUSES(pb___ObjDbgSetAllocationSizeN, (nullptr, kMost, 2), "PB_INT_MUL_OK( count, size )");
-    ONLY_REFUSES(pbRandomNonNegativeIntRange, (-1, -1), "low >= 0");
-    ONLY_REFUSES(pbRandomNonNegativeIntRange, (3, 3), "low < high");
+    ACCEPTS(pbBufferBacking, pbBufferLength, pbEnumParse, pbEnumSetEnumerantCstr, pbFlagsetParse, pbFlagsetGenerate,
+            pbFlagsetHasFlagCstr, pbFlagsetSetFlagCstr, pbStringCreateFromCstr, pbStringCstr, pbStringLength,
+            pbVectorAppendObj, pbVectorClear, pbVectorLength, pbVectorUnshift, pbObjSort, pbObjToString,
+            pb___ObjDbgAllocationSize, pbMemCopyN, pbMemMoveN, pbMemSetN);
 }
 // clang-format on

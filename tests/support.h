@@ -9,6 +9,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdint>
+#include <cstring>
 #include <dlfcn.h>
 #include <functional>
 #include <optional>
@@ -91,15 +92,16 @@ testing::AssertionResult Same(const A &actual, const B &expected, Equal equal = 
     return testing::AssertionSuccess();
 }
 
-inline bool EqualBits(PCM_SAMPLE a, PCM_SAMPLE b)
+template <class A, class B> bool EqualBits(const A &a, const B &b)
 {
-    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+    static_assert(sizeof a == sizeof b);
+    return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
 /// Equal bits, by which -0.0 differs from 0.0, and a NaN equals itself.
-inline testing::AssertionResult SameBits(std::span<const PCM_SAMPLE> actual, std::span<const PCM_SAMPLE> expected)
+template <class A, class B> testing::AssertionResult SameBits(const A &actual, const B &expected)
 {
-    return Same(actual, expected, EqualBits);
+    return Same(actual, expected, EqualBits<std::ranges::range_value_t<A>, std::ranges::range_value_t<B>>);
 }
 
 /// Equal bits, or both NaN: which NaN pattern arithmetic gives is unspecified.

@@ -18,17 +18,6 @@ inline std::vector<PCM_ENCODING> SampleTypes()
     return types;
 }
 
-/// Equal bytes, else the encoding and where they first differ.
-template <class Actual, class Expected>
-testing::AssertionResult SameBytes(const Actual &actual, const Expected &expected, PCM_ENCODING encoding)
-{
-    const auto a = std::as_bytes(std::span(actual)), e = std::as_bytes(std::span(expected));
-    const auto [x, y] = std::ranges::mismatch(a, e);
-    return testing::AssertionResult(x == a.end() && y == e.end())
-           << pcm::Encoding(encoding).ToString() << ": byte " << x - a.begin() << " is " << (x < a.end() ? int(*x) : -1)
-           << ", not " << (y < e.end() ? int(*y) : -1);
-}
-
 /// What the flags of an encoding say, without the library. In each group the lowest flag wins.
 struct Plain {
     pbInt type, bytes, container, offset;
@@ -144,7 +133,7 @@ public:
         Bytes out(expected.size() + static_cast<std::size_t>(shift));
         const auto at = std::as_writable_bytes(std::span(out)).last(expected.size());
         ASSERT_EQ(pcm::Convert(at, to, buffer.Bytes(), from), std::ssize(samples));
-        ASSERT_TRUE(SameBytes(at, expected, to));
+        ASSERT_TRUE(SameBits(at, expected)) << pcm::Encoding(to).ToString();
     }
 
 private:
@@ -158,7 +147,7 @@ private:
 
     static void ExpectExactly(const pcm::Buffer &buffer, const Bytes &bytes, PCM_ENCODING encoding)
     {
-        EXPECT_TRUE(SameBytes(buffer.Bytes(), bytes, encoding));
+        EXPECT_TRUE(SameBits(buffer.Bytes(), bytes)) << pcm::Encoding(encoding).ToString();
         EXPECT_GE(malloc_usable_size(const_cast<std::byte *>(buffer.Bytes().data())), bytes.size());
     }
 
