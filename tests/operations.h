@@ -197,6 +197,7 @@ private:
 // A refused call: its arguments, the text of the check, and its file where that is not the operation's.
 #define REFUSES(operation, ...) Add(#operation, operation), ONLY_REFUSES(operation, __VA_ARGS__)
 #define BOTH_REFUSE(one, other, ...) REFUSES(one, __VA_ARGS__), REFUSES(other, __VA_ARGS__)
+#define GATHERS_REFUSE(source, ...) BOTH_REFUSE(source##GatherSamples, source##GatherSamplesAdd, __VA_ARGS__)
 
 constexpr char kPacket[] = "source/pcm/pcm_packet", kQueue[] = "source/pcm/pcm_packet_queue",
                kEncoding[] = "source/pcm/pcm_encoding", kSamples[] = "source/pcm/pcm_samples_stdc",
@@ -227,8 +228,8 @@ inline Table::Table()
             "PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) )");
     REFUSES(pcmPacketWrite, (nullptr, 0, nullptr), "source");
     REFUSES(pcmPacketWrite, (mono3, 0, mono5), "idx + frames <= (*pkt)->frames");
-    REFUSES(pcmPacketWriteInner, (empty, -1, nullptr, -1, -1), "*pkt");
-    REFUSES(pcmPacketWriteInner, (mono3, -1, nullptr, -1, -1), "idx >= 0");
+    BOTH_REFUSE(pcmPacketWriteInner, pcmPacketInsertInner, (empty, -1, nullptr, -1, -1), "*pkt");
+    BOTH_REFUSE(pcmPacketWriteInner, pcmPacketInsertInner, (mono3, -1, nullptr, -1, -1), "idx >= 0");
     REFUSES(pcmPacketWriteInner, (mono3, 4, nullptr, -1, -1), "source");
     REFUSES(pcmPacketWriteInner, (mono3, 4, mono5, -1, -1), "offset >= 0");
     REFUSES(pcmPacketWriteInner, (mono3, 4, mono5, 9, -1), "frames >= 0");
@@ -254,8 +255,6 @@ inline Table::Table()
     REFUSES(pcmPacketWriteZero, (mono3, 2, 2), "idx + frames <= (*pkt)->frames");
     REFUSES(pcmPacketInsert, (nullptr, 0, nullptr), "source");
     REFUSES(pcmPacketDelOuter, (mono3, 4, 0), "idx + frames <= (*pkt)->frames");
-    REFUSES(pcmPacketInsertInner, (empty, -1, nullptr, -1, -1), "*pkt");
-    REFUSES(pcmPacketInsertInner, (mono3, -1, nullptr, -1, -1), "idx >= 0");
     REFUSES(pcmPacketInsertInner, (mono3, 4, nullptr, -1, -1), "frames >= 0");
     REFUSES(pcmPacketInsertInner, (mono3, 1, nullptr, -1, kMost), "PB_INT_ADD_OK( idx, frames )");
     REFUSES(pcmPacketInsertInner, (mono3, 0, nullptr, -1, kMost), "PB_INT_ADD_OK( (*pkt)->frames, frames )");
@@ -287,13 +286,11 @@ inline Table::Table()
     REFUSES(pcmPacketSetFrames, (empty, -1), "*pkt");
     REFUSES(pcmPacketSetFrames, (mono3, -1), "frames >= 0");
     REFUSES(pcmPacketSetChannels, (empty, 0), "*pkt");
-    REFUSES(pcmPacketSetChannels, (mono3, 0), "channels > 0");
+    BOTH_REFUSE(pcmPacketSetChannels, pcmPacketCreateFromWithChannels, (mono3, 0), "channels > 0");
     REFUSES(pcmPacketSetChannels, (stereo0, TwoTo(61)), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
-    REFUSES(pcmPacketSetChannels, (mono3, TwoTo(60)), "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
-    REFUSES(pcmPacketCreateFromWithChannels, (mono5, 0), "channels > 0");
-    REFUSES(pcmPacketCreateFromWithChannels, (mono5, TwoTo(61)), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
-    REFUSES(pcmPacketCreateFromWithChannels, (mono5, TwoTo(60)),
+    BOTH_REFUSE(pcmPacketSetChannels, pcmPacketCreateFromWithChannels, (mono3, TwoTo(60)),
             "PB_INT_MUL_OK( frames, channels * PB_SIZEOF( PCM_SAMPLE ) )");
+    REFUSES(pcmPacketCreateFromWithChannels, (mono5, TwoTo(61)), "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )");
     REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, 0), "channelMask");
     REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, 5), "HighestChannel(channelMask) < source->channels");
     REFUSES(pcmPacketCreateFromWithChannelMask, (stereo3, kLeast), "HighestChannel(channelMask) < source->channels");
@@ -354,11 +351,9 @@ inline Table::Table()
     REFUSES(pcmPacketQueueGather, (queue24, 0), "frames > 0");
     REFUSES(pcmPacketQueueGather, (queue24, 25), "frames <= (*queue)->frames");
     REFUSES(pcmPacketQueueGatherSamples, (queue24, nullptr, -1), "frames >= 0");
-    REFUSES(pcmPacketQueueGatherSamples, (queue24, nullptr, 25), "frames == 0 || dest");
-    REFUSES(pcmPacketQueueGatherSamples, (queue24, array, 25), "(*queue)->frames >= frames");
     REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, nullptr, 0), "frames > 0");
-    REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, nullptr, 25), "frames == 0 || dest");
-    REFUSES(pcmPacketQueueGatherSamplesAdd, (queue24, array, 25), "(*queue)->frames >= frames");
+    GATHERS_REFUSE(pcmPacketQueue, (queue24, nullptr, 25), "frames == 0 || dest");
+    GATHERS_REFUSE(pcmPacketQueue, (queue24, array, 25), "(*queue)->frames >= frames");
     ONLY_REFUSES(pcm___PacketQueueFreeFunc, (nullptr), "queue");
     ONLY_REFUSES(pcmPacketQueueFrom, (text), "stdfunc from: !obj || pbObjSort(obj)==&pcm___sort_PCM_PACKET_QUEUE");
     file = "source/pcm/pcm_filter_coefficients";
@@ -416,13 +411,12 @@ inline Table::Table()
     REFUSES(pcmChannelsAdjustExpandWithDownmix, (stereo0, TwoTo(61)),
             "PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) )", kPacket);
     file = "source/pcm/pcm_frames";
-    REFUSES(pcmFramesExtend, (empty, 0), "*pkt");
+    BOTH_REFUSE(pcmFramesExtend, pcmFramesReduce, (empty, 0), "*pkt");
     REFUSES(pcmFramesExtend, (mono3, 1), "mult > 1");
     REFUSES(pcmFramesExtend, (mono3, kMost), "PB_INT_MUL_OK( sourceFrames, mult )");
     REFUSES(pcmFramesExtend, (stereo3, kMost / 3), "PB_INT_MUL_OK( destFrames, sourceChannels )");
     REFUSES(pcmFramesExtend, (stereo3, kMost / 8),
             "PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) )");
-    REFUSES(pcmFramesReduce, (empty, 0), "*pkt");
     REFUSES(pcmFramesReduce, (mono3, 1), "div > 1");
     REFUSES(pcmFramesReduce, (mono3, 2), "sourceFrames % div == 0");
     file = "source/pcm/pcm_tone";
@@ -432,17 +426,15 @@ inline Table::Table()
     REFUSES(pcmToneGather, (nullptr, -1), "tone");
     REFUSES(pcmToneGather, (tone, -1), "samples >= 0");
     REFUSES(pcmToneGather, (tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
-    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (nullptr, nullptr, -1), "tone");
-    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, -1), "samples >= 0");
-    BOTH_REFUSE(pcmToneGatherSamples, pcmToneGatherSamplesAdd, (tone, nullptr, 1), "samples == 0 || dest");
+    GATHERS_REFUSE(pcmTone, (nullptr, nullptr, -1), "tone");
+    GATHERS_REFUSE(pcmTone, (tone, nullptr, -1), "samples >= 0");
+    GATHERS_REFUSE(pcmTone, (tone, nullptr, 1), "samples == 0 || dest");
     file = "source/pcm/pcm_(dual|modulated)_tone";
     BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (nullptr, nullptr, -1), "toneA");
     BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, nullptr, -1), "toneB");
     BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, tone, -1), "samples >= 0");
     BOTH_REFUSE(pcmDualToneGather, pcmModulatedToneGather, (tone, tone, kMost), "PB_INT_MUL_OK( count, size )", kMemory);
-#define PAIRS_REFUSE(...)                                                                                              \
-    BOTH_REFUSE(pcmDualToneGatherSamples, pcmDualToneGatherSamplesAdd, __VA_ARGS__),                                   \
-        BOTH_REFUSE(pcmModulatedToneGatherSamples, pcmModulatedToneGatherSamplesAdd, __VA_ARGS__)
+#define PAIRS_REFUSE(...) GATHERS_REFUSE(pcmDualTone, __VA_ARGS__), GATHERS_REFUSE(pcmModulatedTone, __VA_ARGS__)
     PAIRS_REFUSE((nullptr, nullptr, nullptr, -1), "toneA");
     PAIRS_REFUSE((tone, nullptr, nullptr, -1), "toneB");
     PAIRS_REFUSE((tone, tone, nullptr, -1), "samples >= 0");
@@ -450,8 +442,8 @@ inline Table::Table()
     file = "source/pcm/pcm_noise";
     REFUSES(pcmNoiseGather, (-1), "samples >= 0");
     REFUSES(pcmNoiseGather, (kMost / 2), "PB_INT_MUL_OK( count, size )", kMemory);
-    BOTH_REFUSE(pcmNoiseGatherSamples, pcmNoiseGatherSamplesAdd, (nullptr, -1), "samples >= 0");
-    BOTH_REFUSE(pcmNoiseGatherSamples, pcmNoiseGatherSamplesAdd, (nullptr, 1), "samples == 0 || dest");
+    GATHERS_REFUSE(pcmNoise, (nullptr, -1), "samples >= 0");
+    GATHERS_REFUSE(pcmNoise, (nullptr, 1), "samples == 0 || dest");
     file = "source/pcm/pcm_silence";
     ACCEPTS(pcmSilenceGatherSamples);
     REFUSES(pcmSilenceGather, (-1), "frames >= 0", kPacket);
