@@ -1,8 +1,8 @@
 // The loops over interleaved frames, for one instruction set (pcm_each_isa.h). Tables at the end say which shape takes
 // which.
 
-using Rest = FrameShape::Rest;
-using enum FrameShape::Rest;
+using Rest = FrameShape::Rest; // whose names Clang 14 does not take as template arguments by a using enum
+constexpr Rest kSilence = FrameShape::kSilence, kSum = FrameShape::kSum, kUnchanged = FrameShape::kUnchanged;
 
 constexpr pbInt kRead = -1; // a number that is read at run time; constants let the compiler make vectors
 
