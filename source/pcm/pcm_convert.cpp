@@ -13,7 +13,6 @@
 #include <array>
 #include <bit>
 #include <cstring>
-#include <type_traits>
 
 static_assert(std::endian::native == std::endian::little, "the host's samples are stored least significant byte first");
 
@@ -28,35 +27,41 @@ constexpr Kind kKindOf[][2] = {{kAlaw, kAlaw},     {kMulaw, kMulaw},       {kSig
                                {kSigned, kOffset}, {kSigned32, kOffset32}, {kFloat, kFloat},   {kFloat, kFloat}};
 static_assert(std::size(kKindOf) == kNoType + 1);
 
-/// A codec's loops by container: of 1 to 4 bytes, or kWords, four bytes in the host's order. Containers that have no
-/// loop go through words: all that are wider (kNone), and in a set without vectors most of the others too.
-constexpr uint8_t kWords = 0, kNone = 5, kLoopCount = 6;
-struct CodecLoops {
-    void (*encode[kLoopCount])(uint8_t *dest, const PCM_SAMPLE *source, int shuffle, pbInt samples);
-    void (*decode[kLoopCount])(PCM_SAMPLE *dest, const uint8_t *source, int shuffle, pbInt samples);
-};
+constexpr uint8_t kWords = 0, kLoopCount = 5; // places in CodecLoops
 
-/// Samples that one turn of a codec's loop converts, and the fewest that it is called with.
-constexpr pbInt kTurn = 16;
-
-/// Where a sample's bytes lie: `bytes` of them from `offset` on in every container of `container` bytes.
+/// Where a sample's bytes lie in a container of `container` bytes: in all of it, or in four bytes from `fours` on,
+/// which are a container of the same sample; the others are 0.
 struct Layout {
     Kind kind;
     bool bigEndian;
-    uint8_t bytes, container, offset, loop, shuffle; ///< shuffle: of Shuffles, where there is a loop
+    uint8_t container, fours;
+    uint8_t loop, shuffle; ///< of CodecLoops; of Shuffles
+    uint8_t unused, shift; ///< lowest bits of a word that are no part of the code; from there to the container's number
 
     explicit constexpr Layout(PCM_ENCODING encoding = 0)
         : kind(kKindOf[TypeIndex(encoding)][(encoding & PCM_ENCODING_UNSIGNED) != 0]),
           bigEndian(encoding & PCM_ENCODING_BIG_ENDIAN && encoding & kTypes), // without a type: the host's layout
-          bytes(static_cast<uint8_t>(SampleBytes(encoding))), container(static_cast<uint8_t>(ContainerBytes(encoding)))
+          container(static_cast<uint8_t>(ContainerBytes(encoding)))
     {
+        const pbInt bytes = SampleBytes(encoding), narrow = std::min<pbInt>(container, 4);
         const bool last = encoding & PCM_ENCODING_PAD_BEFORE ||
                           (encoding & PCM_ENCODING_BIG_ENDIAN && !(encoding & PCM_ENCODING_PAD_AFTER));
-        offset = last ? static_cast<uint8_t>(container - bytes) : 0;
-        loop = container > 4 ? kNone : bytes == 4 && !bigEndian ? kWords : container;
-        shuffle = static_cast<uint8_t>((container - 1) % 4 * 16 + (bytes - 1) * 4 + last * 2 + bigEndian);
+        fours = static_cast<uint8_t>(last ? container - narrow : 0);
+        loop = static_cast<uint8_t>(bytes == 4 && !bigEndian ? kWords : narrow);
+        shuffle = static_cast<uint8_t>((narrow - 1) * 16 + (bytes - 1) * 4 + last * 2 + bigEndian);
+        shift = static_cast<uint8_t>(8 * (bigEndian ? (last ? narrow - bytes : 0) : 4 - (last ? narrow : bytes)));
+        unused = static_cast<uint8_t>(32 - 8 * bytes);
     }
 };
+
+/// A codec's loops by container: of 1 to 4 bytes, or kWords, four bytes in the host's order.
+struct CodecLoops {
+    void (*encode[kLoopCount])(uint8_t *dest, const PCM_SAMPLE *source, const Layout &layout, pbInt samples);
+    void (*decode[kLoopCount])(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples);
+};
+
+/// Samples that one turn of a codec's loop converts, and the fewest that it is called with.
+constexpr pbInt kTurn = 16;
 
 /// The layouts of all encodings, made by the compiler: short runs notice what working one out costs.
 struct Layouts {
@@ -92,17 +97,6 @@ const Layout &LayoutOf(PCM_ENCODING encoding)
     static constexpr Layout kSample;
     return IsSample(encoding) ? kSample : kLayouts.Of(encoding);
 }
-
-/// Words to containers, and back.
-struct WordLoops {
-    void (*place)(uint8_t *dest, const uint32_t *words, const Layout &layout, pbInt samples);
-    void (*take)(uint32_t *words, const uint8_t *source, const Layout &layout, pbInt samples);
-};
-
-struct Loops {
-    std::array<CodecLoops, kKinds> codecs;
-    WordLoops words[9]; ///< by container, where the codecs have no loop
-};
 
 /// Where each byte comes from between words and containers of up to four bytes, 0x80 for none: for a register of kParts
 /// parts, each shuffled alone and of kSamples samples. A part's containers begin where LoadSpread loads them.
@@ -164,50 +158,52 @@ void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAM
     std::copy_n(out, samples * layout.container, dest);
 }
 
-// Through words. The last chunk overlaps the one before it where it would be too short.
+// Containers of more than four bytes: through containers of four. The last chunk overlaps the one before it where it
+// would be too short.
 
-constexpr int kIdentity = Layout(PCM_ENCODING_INT_32).shuffle;
-
-[[gnu::noinline]] void DecodeThroughWords(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
+[[gnu::noinline]] void DecodeWide(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    alignas(64) uint32_t words[kChunk];
+    alignas(64) uint8_t fours[kChunk * 4];
     for (pbInt done = 0; done < samples; done += kChunk) {
         const pbInt at = std::min(done, samples - kTurn), n = std::min(kChunk, samples - at);
-        loops.words[layout.container].take(words, source + at * layout.container, layout, n);
-        loops.codecs[layout.kind].decode[kWords](dest + at, reinterpret_cast<const uint8_t *>(words), kIdentity, n);
+        const uint8_t *const from = source + at * layout.container + layout.fours;
+        for (pbInt i = 0; i < n; ++i)
+            std::memcpy(fours + i * 4, from + i * layout.container, 4);
+        loops[layout.kind].decode[layout.loop](dest + at, fours, layout, n);
     }
 }
 
-[[gnu::noinline]] void EncodeThroughWords(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
+[[gnu::noinline]] void EncodeWide(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
 {
-    alignas(64) uint32_t words[kChunk];
+    alignas(64) uint8_t fours[kChunk * 4];
     for (pbInt done = 0; done < samples; done += kChunk) {
         const pbInt at = std::min(done, samples - kTurn), n = std::min(kChunk, samples - at);
-        loops.codecs[layout.kind].encode[kWords](reinterpret_cast<uint8_t *>(words), source + at, kIdentity, n);
-        loops.words[layout.container].place(dest + at * layout.container, words, layout, n);
+        uint8_t *const to = dest + at * layout.container;
+        loops[layout.kind].encode[layout.loop](fours, source + at, layout, n);
+        std::fill_n(to, n * layout.container, 0);
+        for (pbInt i = 0; i < n; ++i)
+            std::memcpy(to + i * layout.container + layout.fours, fours + i * 4, 4);
     }
 }
 
 void pcm___ConvertToSamples(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
-    const auto decode = loops.codecs[layout.kind].decode[layout.loop];
     if (samples < kTurn)
         DecodeShort(dest, source, layout, samples);
-    else if (!decode)
-        DecodeThroughWords(dest, source, layout, samples);
+    else if (layout.container > 4)
+        DecodeWide(dest, source, layout, samples);
     else
-        decode(dest, source, layout.shuffle, samples);
+        loops[layout.kind].decode[layout.loop](dest, source, layout, samples);
 }
 
 void pcm___ConvertFromSamples(uint8_t *dest, const Layout &layout, const PCM_SAMPLE *source, pbInt samples)
 {
-    const auto encode = loops.codecs[layout.kind].encode[layout.loop];
     if (samples < kTurn)
         EncodeShort(dest, layout, source, samples);
-    else if (!encode)
-        EncodeThroughWords(dest, layout, source, samples);
+    else if (layout.container > 4)
+        EncodeWide(dest, layout, source, samples);
     else
-        encode(dest, source, layout.shuffle, samples);
+        loops[layout.kind].encode[layout.loop](dest, source, layout, samples);
 }
 
 /// From one external encoding to another.

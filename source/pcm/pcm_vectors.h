@@ -34,6 +34,7 @@ PCM_TARGET inline Floats FromSigned(Words words)
 
 typedef float Floats;
 typedef uint32_t Words;
+typedef int32_t Ints;
 
 PCM_TARGET inline Floats FromSigned(Words word)
 {
