@@ -23,13 +23,11 @@ void CheckGain(pbReal gain)
     PB_ASSERT(pbRealIsFinite( gain ));
 }
 
-pbReal ToExponent(pbReal decibel)
+pbReal Limited(pbReal decibel)
 {
     if (pbRealCompare(decibel, -kRange) <= 0)
-        return -kRange / 20.0;
-    if (pbRealCompare(decibel, kRange) >= 0)
-        return kRange / 20.0;
-    return decibel / 20.0;
+        return -kRange;
+    return pbRealCompare(decibel, kRange) >= 0 ? kRange : decibel;
 }
 
 } // namespace
@@ -43,11 +41,7 @@ pbReal pcmDecibelFromGain(pbReal gain)
         return -kRange;
     const pbReal decibel = std::log10(gain) * 20.0;
     CheckDecibel(decibel);
-    if (pbRealCompare(decibel, -kRange) <= 0)
-        return -kRange;
-    if (pbRealCompare(decibel, kRange) >= 0)
-        return kRange;
-    return decibel;
+    return Limited(decibel);
 }
 
 pbReal pcmDecibelToGain(pbReal decibel)
@@ -56,7 +50,7 @@ pbReal pcmDecibelToGain(pbReal decibel)
 
     if (pbRealEquals(decibel, 0.0))
         return 1.0;
-    const pbReal gain = std::pow(10.0, ToExponent(decibel));
+    const pbReal gain = std::pow(10.0, Limited(decibel) / 20.0);
     CheckGain(gain);
     return gain;
 }

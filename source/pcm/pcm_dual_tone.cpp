@@ -31,14 +31,12 @@ void pcmDualToneGatherSamplesAdd(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMPLE *d
     CheckTones(toneA, toneB, samples);
     PB_ASSERT(samples == 0 || dest);
 
-    const auto gather = [=](PCM_SAMPLE *run, pbInt n) { pcmDualToneGatherSamples(toneA, toneB, run, n); };
-    pcm::JoinInRuns(dest, samples, gather, pcm___SamplesAdd);
+    pcm::JoinInRuns(dest, samples, pcm___SamplesAdd, pcmDualToneGatherSamples, toneA, toneB);
 }
 
 PCM_PACKET *pcmDualToneGather(PCM_TONE *toneA, PCM_TONE *toneB, pbInt samples)
 {
     CheckTones(toneA, toneB, samples);
 
-    const auto gather = [=](PCM_SAMPLE *dest, pbInt n) { pcmDualToneGatherSamples(toneA, toneB, dest, n); };
-    return pcm::GatherPacket(samples, gather);
+    return pcm::GatherPacket(samples, pcmDualToneGatherSamples, toneA, toneB);
 }

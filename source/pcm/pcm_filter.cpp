@@ -157,13 +157,26 @@ void Remember(PCM_FILTER *filter, const PCM_SAMPLE *samples, pbInt frames)
     filter->historyPosition = row + toEnd < length ? row + toEnd : frames - toEnd;
 }
 
-/// Gives a filter its ring, still to be filled. @return the samples in it
-pbInt MakeHistory(PCM_FILTER *filter)
+/// The samples in a filter's ring.
+pbInt HistorySamples(const PCM_FILTER *filter)
 {
-    const pbInt samples = filter->coefficientsLength * filter->channels;
+    return filter->coefficientsLength * filter->channels;
+}
+
+/// A filter with its ring and the position in it still to be set. The queue's reference is taken over.
+pcm::Ref<PCM_FILTER> CreateWith(PCM_FILTER_COEFFICIENTS *coefficients, pbInt channels, PCM_PACKET_QUEUE *outputQueue)
+{
+    auto filter = pcm::CreateObject<PCM_FILTER>(pcm___sort_PCM_FILTER);
+    filter->coefficients = pcm::Ref<PCM_FILTER_COEFFICIENTS>::Share(coefficients).Detach();
+    filter->coefficientsLength = pcmFilterCoefficientsLength(coefficients);
+    filter->coefficientSamples = pcmFilterCoefficientsBacking(coefficients);
+    filter->channels = channels;
+    filter->outputQueue = outputQueue;
+    PB_ASSERT(PB_INT_MUL_OK( filter->coefficientsLength, filter->channels ));
+    const pbInt samples = HistorySamples(filter.get());
     filter->history = static_cast<PCM_SAMPLE *>(pbMemAllocN(samples, kSample));
-    pb___ObjDbgSetAllocationSizeN(pcm::AsObj(filter), samples, kSample);
-    return samples;
+    pb___ObjDbgSetAllocationSizeN(pcm::AsObj(filter.get()), samples, kSample);
+    return filter;
 }
 
 /// The output queue of a filter that nobody else holds, for operations that change it.
@@ -183,16 +196,8 @@ PCM_FILTER *pcmFilterCreate(PCM_FILTER_COEFFICIENTS *coefficients, pbInt channel
     PB_ASSERT(coefficients);
     PB_ASSERT(channels > 0);
 
-    auto filter = pcm::CreateObject<PCM_FILTER>(pcm___sort_PCM_FILTER);
-    filter->coefficients = pcm::Ref<PCM_FILTER_COEFFICIENTS>::Share(coefficients).Detach();
-    filter->coefficientsLength = pcmFilterCoefficientsLength(coefficients);
-    filter->coefficientSamples = pcmFilterCoefficientsBacking(coefficients);
-    filter->channels = channels;
-    filter->historyPosition = 0;
-    filter->outputQueue = pcmPacketQueueCreate(channels);
-    PB_ASSERT(PB_INT_MUL_OK( filter->coefficientsLength, filter->channels ));
-    const pbInt samples = MakeHistory(filter.get());
-    pcm___SamplesZero(filter->history, samples);
+    auto filter = CreateWith(coefficients, channels, pcmPacketQueueCreate(channels));
+    pcm___SamplesZero(filter->history, HistorySamples(filter.get()));
     return filter.Detach();
 }
 
@@ -200,15 +205,10 @@ PCM_FILTER *pcmFilterCreateFrom(PCM_FILTER *source)
 {
     PB_ASSERT(source);
 
-    auto filter = pcm::CreateObject<PCM_FILTER>(pcm___sort_PCM_FILTER);
-    filter->coefficients = pcm::Ref<PCM_FILTER_COEFFICIENTS>::Share(source->coefficients).Detach();
-    filter->coefficientsLength = source->coefficientsLength;
-    filter->coefficientSamples = source->coefficientSamples;
-    filter->channels = source->channels;
+    auto queue = pcm::Ref<PCM_PACKET_QUEUE>::Share(source->outputQueue);
+    auto filter = CreateWith(source->coefficients, source->channels, queue.Detach());
     filter->historyPosition = source->historyPosition;
-    filter->outputQueue = pcm::Ref<PCM_PACKET_QUEUE>::Share(source->outputQueue).Detach();
-    const pbInt samples = MakeHistory(filter.get());
-    pcm___SamplesCopy(filter->history, source->history, samples);
+    pcm___SamplesCopy(filter->history, source->history, HistorySamples(source));
     return filter.Detach();
 }
 
@@ -243,7 +243,7 @@ pbInt pcmFilterFrames(PCM_FILTER *filter)
 void pcmFilterReset(PCM_FILTER **filter)
 {
     PCM_PACKET_QUEUE **queue = Queue(filter);
-    pcm___SamplesZero((*filter)->history, (*filter)->coefficientsLength * (*filter)->channels);
+    pcm___SamplesZero((*filter)->history, HistorySamples(*filter));
     (*filter)->historyPosition = 0;
     pcmPacketQueueClear(queue);
 }

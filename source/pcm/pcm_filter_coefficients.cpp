@@ -90,23 +90,6 @@ constexpr bool AreComplete(std::span<const Builtin> builtins)
 }
 static_assert(AreComplete(kBuiltins));
 
-/// A set that owns the block.
-PCM_FILTER_COEFFICIENTS *CreateWith(PCM_SAMPLE *backing, pbInt length)
-{
-    auto coeff = pcm::CreateObject<PCM_FILTER_COEFFICIENTS>(pcm___sort_PCM_FILTER_COEFFICIENTS);
-    coeff->backing = backing;
-    coeff->length = length;
-    pb___ObjDbgSetAllocationSizeN(pcm::AsObj(coeff.get()), length, PB_SIZEOF(PCM_SAMPLE));
-    return coeff.Detach();
-}
-
-PCM_FILTER_COEFFICIENTS *CreateWithCopy(const PCM_SAMPLE *source, pbInt length)
-{
-    auto *backing = static_cast<PCM_SAMPLE *>(pbMemAllocN(length, PB_SIZEOF(PCM_SAMPLE)));
-    pcm___SamplesCopy(backing, source, length);
-    return CreateWith(backing, length);
-}
-
 } // namespace
 
 void pcm___FilterCoefficientsStartup()
@@ -133,7 +116,11 @@ PCM_FILTER_COEFFICIENTS *pcmFilterCoefficientsCreateFromSamplesUse(PCM_SAMPLE *c
     PB_ASSERT(coefficients);
     PB_ASSERT(length > 0);
 
-    return CreateWith(coefficients, length);
+    auto coeff = pcm::CreateObject<PCM_FILTER_COEFFICIENTS>(pcm___sort_PCM_FILTER_COEFFICIENTS);
+    coeff->backing = coefficients;
+    coeff->length = length;
+    pb___ObjDbgSetAllocationSizeN(pcm::AsObj(coeff.get()), length, PB_SIZEOF(PCM_SAMPLE));
+    return coeff.Detach();
 }
 
 PCM_FILTER_COEFFICIENTS *pcmFilterCoefficientsCreateFromSamplesCopy(const PCM_SAMPLE *coefficients, pbInt length)
@@ -141,12 +128,14 @@ PCM_FILTER_COEFFICIENTS *pcmFilterCoefficientsCreateFromSamplesCopy(const PCM_SA
     PB_ASSERT(coefficients);
     PB_ASSERT(length > 0);
 
-    return CreateWithCopy(coefficients, length);
+    auto *backing = static_cast<PCM_SAMPLE *>(pbMemAllocN(length, PB_SIZEOF(PCM_SAMPLE)));
+    pcm___SamplesCopy(backing, coefficients, length);
+    return pcmFilterCoefficientsCreateFromSamplesUse(backing, length);
 }
 
 PCM_FILTER_COEFFICIENTS *pcmFilterCoefficientsCreateFrom(PCM_FILTER_COEFFICIENTS *source)
 {
-    return CreateWithCopy(source->backing, source->length);
+    return pcmFilterCoefficientsCreateFromSamplesCopy(source->backing, source->length);
 }
 
 const PCM_SAMPLE *pcmFilterCoefficientsBacking(PCM_FILTER_COEFFICIENTS *coeff)

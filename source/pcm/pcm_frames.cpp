@@ -12,8 +12,8 @@ using pcm::Ref;
 
 namespace {
 
-/// Puts a new packet into the handle. `fill` computes its samples from the old one's, if it has frames.
-template <class Fill> void Replace(PCM_PACKET **pkt, pbInt destFrames, Fill fill)
+/// Puts a new packet into the handle: every div-th frame of the old one, and after each mult - 1 frames of silence.
+void Replace(PCM_PACKET **pkt, pbInt destFrames, pbInt mult, pbInt div)
 {
     const pbInt sourceChannels = pcmPacketChannels(*pkt);
     PB_ASSERT(PB_INT_MUL_OK( destFrames, sourceChannels ));
@@ -21,7 +21,8 @@ template <class Fill> void Replace(PCM_PACKET **pkt, pbInt destFrames, Fill fill
     if (destFrames) {
         PB_ASSERT(PB_INT_MUL_OK( destFrames, sourceChannels * PB_SIZEOF( PCM_SAMPLE ) ));
         samples = static_cast<PCM_SAMPLE *>(pbMemAllocN(destFrames * sourceChannels, PB_SIZEOF(PCM_SAMPLE)));
-        fill(samples, pcmPacketBacking(*pkt), sourceChannels);
+        pcm::MakeFrames(samples, {.width = sourceChannels * mult, .kept = sourceChannels}, pcmPacketBacking(*pkt),
+                        sourceChannels * div, destFrames / mult);
     }
     pcm::Replace(pkt, Ref<PCM_PACKET>::Adopt(pcmPacketCreateFromSamplesUse(samples, sourceChannels, destFrames)));
 }
@@ -36,9 +37,7 @@ void pcmFramesExtend(PCM_PACKET **pkt, pbInt mult)
     const pbInt sourceFrames = pcmPacketFrames(*pkt);
     PB_ASSERT(PB_INT_MUL_OK( sourceFrames, mult ));
 
-    Replace(pkt, sourceFrames * mult, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
-        pcm::MakeFrames(dest, {.width = channels * mult, .kept = channels}, source, channels, sourceFrames);
-    });
+    Replace(pkt, sourceFrames * mult, mult, 1);
 }
 
 void pcmFramesReduce(PCM_PACKET **pkt, pbInt div)
@@ -49,8 +48,5 @@ void pcmFramesReduce(PCM_PACKET **pkt, pbInt div)
     const pbInt sourceFrames = pcmPacketFrames(*pkt);
     PB_ASSERT(sourceFrames % div == 0);
 
-    const pbInt destFrames = sourceFrames / div;
-    Replace(pkt, destFrames, [=](PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt channels) {
-        pcm::MakeFrames(dest, {.width = channels, .kept = channels}, source, channels * div, destFrames);
-    });
+    Replace(pkt, sourceFrames / div, 1, div);
 }

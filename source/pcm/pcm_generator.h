@@ -1,5 +1,5 @@
-// What the generators share: how a run of samples is laid down, made into a packet, or joined with one that is there.
-// They check nothing: an operation checks its arguments in its own file.
+// What the generators share: how a run of samples is made into a packet, or joined with one that is there. They check
+// nothing: an operation checks its arguments in its own file.
 #pragma once
 
 #include <pcm/pcm_packet.h>
@@ -9,29 +9,27 @@
 
 namespace pcm {
 
-/// Whether a walk replaces what the destination holds or adds to it.
-enum class Lay { kStore, kAdd };
-
-/// A new packet of one channel with `frames`, at least 0, that `gather(dest, samples)` writes.
-template <class Gather> PCM_PACKET *GatherPacket(pbInt samples, Gather gather)
+/// A new packet of one channel with `samples`, at least 0, that `gather(tones..., dest, samples)` writes.
+template <class Gather, class... Tones> PCM_PACKET *GatherPacket(pbInt samples, Gather gather, Tones... tones)
 {
     PCM_SAMPLE *dest = nullptr;
     if (samples > 0) {
         dest = static_cast<PCM_SAMPLE *>(pbMemAllocN(samples, PB_SIZEOF(PCM_SAMPLE)));
-        gather(dest, samples);
+        gather(tones..., dest, samples);
     }
     return pcmPacketCreateFromSamplesUse(dest, 1, samples);
 }
 
-/// Joins what dest holds with a signal that `gather(run, samples)` writes in runs; `join(dest, run, samples)` is one of
-/// the sample kernels.
-template <class Gather, class Join> void JoinInRuns(PCM_SAMPLE *dest, pbInt samples, Gather gather, Join join)
+/// Joins what dest holds with a signal that `gather(tones..., run, samples)` writes in runs; `join(dest, run, samples)`
+/// is one of the sample kernels.
+template <class Join, class Gather, class... Tones>
+void JoinInRuns(PCM_SAMPLE *dest, pbInt samples, Join join, Gather gather, Tones... tones)
 {
     constexpr pbInt kLongest = 128;
     PCM_SAMPLE run[kLongest];
     for (pbInt done = 0; done < samples;) {
         const pbInt n = pbIntMin(kLongest, samples - done);
-        gather(run, n);
+        gather(tones..., run, n);
         join(dest + done, run, n);
         done += n;
     }

@@ -22,8 +22,7 @@ void pcmModulatedToneGatherSamples(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMPLE 
     PB_ASSERT(samples == 0 || dest);
 
     pcmToneGatherSamples(toneA, dest, samples); // all of A before any of B, which may be the same tone
-    const auto gather = [=](PCM_SAMPLE *run, pbInt n) { pcmToneGatherSamples(toneB, run, n); };
-    pcm::JoinInRuns(dest, samples, gather, pcm___SamplesMul);
+    pcm::JoinInRuns(dest, samples, pcm___SamplesMul, pcmToneGatherSamples, toneB);
 }
 
 void pcmModulatedToneGatherSamplesAdd(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMPLE *dest, pbInt samples)
@@ -31,14 +30,12 @@ void pcmModulatedToneGatherSamplesAdd(PCM_TONE *toneA, PCM_TONE *toneB, PCM_SAMP
     CheckTones(toneA, toneB, samples);
     PB_ASSERT(samples == 0 || dest);
 
-    const auto gather = [=](PCM_SAMPLE *run, pbInt n) { pcmModulatedToneGatherSamples(toneA, toneB, run, n); };
-    pcm::JoinInRuns(dest, samples, gather, pcm___SamplesAdd);
+    pcm::JoinInRuns(dest, samples, pcm___SamplesAdd, pcmModulatedToneGatherSamples, toneA, toneB);
 }
 
 PCM_PACKET *pcmModulatedToneGather(PCM_TONE *toneA, PCM_TONE *toneB, pbInt samples)
 {
     CheckTones(toneA, toneB, samples);
 
-    const auto gather = [=](PCM_SAMPLE *dest, pbInt n) { pcmModulatedToneGatherSamples(toneA, toneB, dest, n); };
-    return pcm::GatherPacket(samples, gather);
+    return pcm::GatherPacket(samples, pcmModulatedToneGatherSamples, toneA, toneB);
 }

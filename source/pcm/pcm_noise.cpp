@@ -8,8 +8,6 @@
 
 #include <pb/pb_random.h>
 
-using pcm::Lay;
-
 PCM_SAMPLE *pcm___Noise;
 
 namespace {
@@ -22,13 +20,13 @@ void CheckRun(const PCM_SAMPLE *dest, pbInt samples)
     PB_ASSERT(samples == 0 || dest);
 }
 
-template <Lay lay> void Walk(PCM_SAMPLE *dest, pbInt samples)
+/// @tparam lay the sample kernel that copies or adds
+template <auto lay> void Walk(PCM_SAMPLE *dest, pbInt samples)
 {
-    constexpr auto *kLayDown = lay == Lay::kAdd ? pcm___SamplesAdd : pcm___SamplesCopy;
     pbInt start = pbRandomNonNegativeIntRange(0, kLength); // a runtime may give kLength itself: an empty first run
     for (pbInt done = 0; done < samples;) {
         const pbInt n = pbIntMin(kLength - start, samples - done);
-        kLayDown(dest + done, pcm___Noise + start, n);
+        lay(dest + done, pcm___Noise + start, n);
         done += n;
         start = (start + n) % kLength;
     }
@@ -53,14 +51,14 @@ void pcmNoiseGatherSamples(PCM_SAMPLE *dest, pbInt samples)
 {
     CheckRun(dest, samples);
 
-    Walk<Lay::kStore>(dest, samples);
+    Walk<pcm___SamplesCopy>(dest, samples);
 }
 
 void pcmNoiseGatherSamplesAdd(PCM_SAMPLE *dest, pbInt samples)
 {
     CheckRun(dest, samples);
 
-    Walk<Lay::kAdd>(dest, samples);
+    Walk<pcm___SamplesAdd>(dest, samples);
 }
 
 PCM_PACKET *pcmNoiseGather(pbInt samples)

@@ -73,13 +73,10 @@ PCM_SAMPLE *AllocFrames(pbInt channels, pbInt frames)
     return static_cast<PCM_SAMPLE *>(pbMemAllocN(frames, channels * kSample));
 }
 
-/// Gives a packet that has frames but no block yet a copy of these samples.
-void FillWithCopy(PCM_PACKET *pkt, const PCM_SAMPLE *source)
+void CheckHandle(PCM_PACKET **pkt)
 {
-    const pbInt bytes = pkt->channels * pkt->frames * kSample;
-    pkt->backing = static_cast<PCM_SAMPLE *>(pbMemAlloc(bytes));
-    pbMemCopy(pkt->backing, source, bytes);
-    pb___ObjDbgSetAllocationSize(AsObj(pkt), bytes);
+    PB_ASSERT(pkt);
+    PB_ASSERT(*pkt);
 }
 
 } // namespace
@@ -106,9 +103,9 @@ PCM_PACKET *pcmPacketCreateFrom(PCM_PACKET *source)
 {
     PB_ASSERT(source);
 
-    auto pkt = CreateWith(source->channels, source->frames, nullptr);
+    auto pkt = pcm::CreateUnfilled(source->channels, source->frames);
     if (pkt->frames)
-        FillWithCopy(pkt.get(), source->backing);
+        pbMemCopy(pkt->backing, source->backing, pkt->frames * pkt->channels * kSample);
     return pkt.Detach();
 }
 
@@ -137,7 +134,9 @@ PCM_PACKET *pcmPacketCreateFromSamplesCopy(const PCM_SAMPLE *source, pbInt chann
     auto pkt = CreateWith(channels, frames, nullptr);
     if (frames) {
         PB_ASSERT(PB_INT_MUL_OK( pkt->frames, pkt->channels * PB_SIZEOF( PCM_SAMPLE ) ));
-        FillWithCopy(pkt.get(), source);
+        pkt->backing = AllocFrames(channels, frames);
+        pbMemCopy(pkt->backing, source, frames * channels * kSample);
+        Report(pkt.get());
     }
     return pkt.Detach();
 }
@@ -167,8 +166,7 @@ const PCM_SAMPLE *pcmPacketBacking(PCM_PACKET *pkt)
 
 PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
 
     pcm::MakePrivate(pkt, pcmPacketCreateFrom);
     return (*pkt)->backing;
@@ -176,8 +174,7 @@ PCM_SAMPLE *pcmPacketMutableBacking(PCM_PACKET **pkt)
 
 void pcmPacketClear(PCM_PACKET **pkt)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
 
     if ((*pkt)->frames == 0)
         return;
@@ -226,8 +223,7 @@ void CheckRun(PCM_PACKET *source, pbInt offset, pbInt frames)
 /// Checks that the packet has these frames, to silence, to remove or to keep.
 void CheckPart(PCM_PACKET **pkt, pbInt idx, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(idx >= 0);
     PB_ASSERT(frames >= 0);
     if (frames)
@@ -262,8 +258,7 @@ pbInt Length(PCM_PACKET *source)
 
 void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(idx >= 0);
     CheckRun(source, offset, frames);
     if (frames)
@@ -280,8 +275,7 @@ void pcmPacketWriteInner(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt 
 
 void pcmPacketWriteOuter(PCM_PACKET **pkt, pbInt idx, PCM_PACKET *source, pbInt offset, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(idx >= 0);
     CheckRun(source, offset, frames);
     if (source->frames - frames > 0)
@@ -367,8 +361,7 @@ void OpenGap(PCM_PACKET **pkt, pbInt idx, pbInt gap)
 /// The place behind the last frame.
 pbInt End(PCM_PACKET **pkt)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
 
     return (*pkt)->frames;
 }
@@ -501,8 +494,7 @@ void pcmPacketDelLeading(PCM_PACKET **pkt, pbInt frames)
 
 void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(PB_INT_SUB_OK( (*pkt)->frames, frames ));
 
     pcmPacketDelInner(pkt, (*pkt)->frames - frames, frames);
@@ -510,8 +502,7 @@ void pcmPacketDelTrailing(PCM_PACKET **pkt, pbInt frames)
 
 void pcmPacketSetFrames(PCM_PACKET **pkt, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(frames >= 0);
 
     if (frames < (*pkt)->frames)
@@ -534,8 +525,7 @@ pbInt HighestChannel(pbInt channelMask)
 
 void pcmPacketSetChannels(PCM_PACKET **pkt, pbInt channels)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(channels > 0);
     PB_ASSERT(PB_INT_MUL_OK( channels, PB_SIZEOF( PCM_SAMPLE ) ));
 
@@ -590,8 +580,7 @@ void pcmPacketWriteChannelsSamples(PCM_PACKET **pkt, pbInt destChannelOffset, pb
                                    const PCM_SAMPLE *source, pbInt sourceChannelOffset, pbInt sourceChannelCount,
                                    pbInt sourceFrameOffset, pbInt channels, pbInt frames)
 {
-    PB_ASSERT(pkt);
-    PB_ASSERT(*pkt);
+    CheckHandle(pkt);
     PB_ASSERT(destChannelOffset >= 0);
     if (channels > 0)
         PB_ASSERT(PB_INT_ADD_OK( destChannelOffset, channels ));

@@ -105,9 +105,6 @@ PCM_PACKET_QUEUE *pcmPacketQueueCreate(pbInt channels)
     auto queue = pcm::CreateObject<PCM_PACKET_QUEUE>(pcm___sort_PCM_PACKET_QUEUE);
     queue->channels = channels;
     queue->packetsVector = pbVectorCreate();
-    queue->currentPacket = nullptr;
-    queue->currentPacketUsed = 0;
-    queue->frames = 0;
     return queue.Detach();
 }
 

@@ -9,8 +9,6 @@
 
 #include <cmath>
 
-using pcm::Lay;
-
 struct PCM_TONE {
     PB_OBJ obj;
     pbInt period;   ///< frames in a cycle, at least 1
@@ -33,16 +31,14 @@ void CheckRun(PCM_TONE *tone, const PCM_SAMPLE *dest, pbInt samples)
     PB_ASSERT(samples == 0 || dest);
 }
 
-template <Lay lay> void Walk(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
+template <bool kAdds> void Walk(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
 {
-    if (samples == 0)
-        return;
     const pbInt period = tone->period;
     const pbReal step = tone->step;
     pbInt i = tone->position;
     for (pbInt k = 0; k < samples; ++k) {
         const auto sample = static_cast<PCM_SAMPLE>(std::sin(static_cast<pbReal>(i) * step));
-        dest[k] = lay == Lay::kAdd ? dest[k] + sample : sample;
+        dest[k] = kAdds ? dest[k] + sample : sample;
         if (++i == period)
             i = 0;
     }
@@ -57,7 +53,6 @@ PCM_TONE *pcmToneCreate(pbInt period)
 
     auto tone = pcm::CreateObject<PCM_TONE>(pcm___sort_PCM_TONE);
     tone->period = period;
-    tone->position = 0;
     tone->step = kTwoPi / static_cast<pbReal>(period);
     return tone.Detach();
 }
@@ -75,14 +70,14 @@ void pcmToneGatherSamples(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
 {
     CheckRun(tone, dest, samples);
 
-    Walk<Lay::kStore>(tone, dest, samples);
+    Walk<false>(tone, dest, samples);
 }
 
 void pcmToneGatherSamplesAdd(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
 {
     CheckRun(tone, dest, samples);
 
-    Walk<Lay::kAdd>(tone, dest, samples);
+    Walk<true>(tone, dest, samples);
 }
 
 PCM_PACKET *pcmToneGather(PCM_TONE *tone, pbInt samples)
@@ -90,5 +85,5 @@ PCM_PACKET *pcmToneGather(PCM_TONE *tone, pbInt samples)
     PB_ASSERT(tone);
     PB_ASSERT(samples >= 0);
 
-    return pcm::GatherPacket(samples, [tone](PCM_SAMPLE *dest, pbInt n) { pcmToneGatherSamples(tone, dest, n); });
+    return pcm::GatherPacket(samples, pcmToneGatherSamples, tone);
 }
