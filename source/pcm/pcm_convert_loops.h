@@ -183,14 +183,13 @@ template <class Codec, int kContainer>
 PCM_TARGET void DecodeRun(PCM_SAMPLE *dest, const uint8_t *source, const Layout &layout, pbInt samples)
 {
     constexpr int kBytes = kContainer == kWords ? 4 : kContainer;
-    const Layout from = layout;
-    const Words used = ~Words{0} << from.unused;
+    const Words used = ~Words{0} << layout.unused;
     for (pbInt i = 0; i < samples; ++i) {
         Words number = 0;
         for (int b = 0; b < kBytes; ++b)
             number |= Words{source[i * kBytes + b]} << 8 * b;
-        const Words ordered = from.bigEndian ? __builtin_bswap32(number) : number;
-        dest[i] = Codec::Decode(ordered << from.shift & used);
+        const Words ordered = layout.bigEndian ? __builtin_bswap32(number) : number;
+        dest[i] = Codec::Decode(ordered << layout.shift & used);
     }
 }
 
