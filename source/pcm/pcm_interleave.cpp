@@ -48,5 +48,6 @@ void MakeChannel(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *so
 void pcm::MakeFrames(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt sourceChannels,
                      pbInt frames)
 {
-    loops(dest, shape, source, sourceChannels, frames);
+    if (frames)
+        loops(dest, shape, source, sourceChannels, frames);
 }

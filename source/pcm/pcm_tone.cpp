@@ -34,10 +34,9 @@ void CheckRun(PCM_TONE *tone, const PCM_SAMPLE *dest, pbInt samples)
 template <bool kAdds> void Walk(PCM_TONE *tone, PCM_SAMPLE *dest, pbInt samples)
 {
     const pbInt period = tone->period;
-    const pbReal step = tone->step;
     pbInt i = tone->position;
     for (pbInt k = 0; k < samples; ++k) {
-        const auto sample = static_cast<PCM_SAMPLE>(std::sin(static_cast<pbReal>(i) * step));
+        const auto sample = static_cast<PCM_SAMPLE>(std::sin(static_cast<pbReal>(i) * tone->step));
         dest[k] = kAdds ? dest[k] + sample : sample;
         if (++i == period)
             i = 0;
