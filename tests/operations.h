@@ -77,7 +77,7 @@ template <class T> struct Subject : AnySubject {
     operator PB_OBJ *() const { return handle.Get(); }
 };
 
-/// What the rows of the table name beside numbers: objects, an array, and the handle of nothing. A null pointer is an
+/// What the rows of the table name beside numbers: objects, an array, and an empty handle. A null pointer is an
 /// object, a handle or an array that is missing.
 struct Subjects {
     PCM_SAMPLE array[400] = {}, otherArray[400] = {};
@@ -130,7 +130,7 @@ struct Subjects {
             }
         if (operation.name == "pcmPacketWrite") // a whole packet onto one as long
             words[1] = 0;
-        if (operation.name == "pcmPacketWriteChannelsSamples") // from channels 4 to 10 of so many
+        if (operation.name == "pcmPacketWriteChannelsSamples") // channels 4 to 10 of 12
             words[5] = 12;
         return words;
     }
@@ -148,7 +148,7 @@ class Table : public Subjects {
 public:
     Table();
 
-    std::vector<Operation> operations; ///< those that are called with what they accept too
+    std::vector<Operation> operations; ///< those that loops call
     std::vector<Refusal> refusals;
 
 private:
@@ -180,18 +180,19 @@ private:
     }
 
     void Refuse(const char *name, const char *arguments, std::function<void()> call, const char *text,
-                const char *its = nullptr)
+                const char *checkFile = nullptr)
     {
-        refusals.push_back({name, arguments, call, text, its ? its : file});
+        refusals.push_back({name, arguments, call, text, checkFile ? checkFile : file});
     }
 
-    const char *file = nullptr; ///< of the operations that are added
+    const char *file = nullptr; ///< of the operations added next
 };
 
-// The operations whose first refusal is that an object is missing, or that refuse nothing.
+// Operations without refusals of their own: they refuse missing objects or arrays, which loops find, or what rows of
+// another operation show.
 // clang-format off
 #define ACCEPTS(...) AddAll(#__VA_ARGS__, __VA_ARGS__)
-// An operation that takes over a block or a reference, or that only the runtime calls: no loop calls it.
+// A refused call of an operation that no loop calls, such as one that takes over a block or a reference.
 #define ONLY_REFUSES(operation, arguments, ...)                                                                        \
     Refuse(#operation, #arguments, [&] { operation arguments; }, __VA_ARGS__)
 // A refused call: its arguments, the text of the check, and its file where that is not the operation's.

@@ -52,7 +52,7 @@ namespace {
 struct FilterTerms {
     PCM_SAMPLE *dest;
     pbInt samples;                  ///< outputs
-    const PCM_SAMPLE *source;       ///< may be read as if there were a vector of outputs, at least
+    const PCM_SAMPLE *source;       ///< readable for at least one vector of outputs, even if there are fewer
     pbInt stride;                   ///< from one frame to the next
     const PCM_SAMPLE *coefficients; ///< that of the oldest frame; those of newer ones lie before it
     pbInt taps;
@@ -86,7 +86,7 @@ void CopySignal(PCM_SAMPLE *dest, const PCM_FILTER *filter, Run packet, pbInt fr
 {
     const pbInt newer = filter->historyPosition * filter->channels, oldest = newer + filter->channels;
     const Run parts[] = {
-        {filter->history + oldest, filter->coefficientsLength * filter->channels - oldest}, // but one row: out of reach
+        {filter->history + oldest, filter->coefficientsLength * filter->channels - oldest}, // less a row, never needed
         {filter->history, newer},
         packet,
     };
@@ -101,10 +101,10 @@ void CopySignal(PCM_SAMPLE *dest, const PCM_FILTER *filter, Run packet, pbInt fr
     std::fill_n(dest, pcm::kVector, 0.0f);
 }
 
-/// Filters a packet's samples into dest, another array. The filter goes on remembering the frames before.
+/// Filters a packet's samples into dest, another array. The history stays as it is.
 void FilterSamples(PCM_SAMPLE *dest, const PCM_FILTER *filter, Run packet)
 {
-    constexpr pbInt kBlock = 4064; // samples that are laid side by side; with kVector behind them 16 KiB of stack
+    constexpr pbInt kBlock = 4064; // samples laid side by side; with kVector behind them just under 16 KiB of stack
     constexpr pbInt kSmall = 640;  // a packet of no more samples is copied whole: with 320 480 frames took 1.09 of the
                                    // time, with 1280 960 frames of 16 taps 1.07
     constexpr pbInt kHead = 192;   // samples, a block of the loop's: with 64 960 frames of 128 taps took 1.17, and 384
@@ -179,7 +179,7 @@ pcm::Ref<PCM_FILTER> CreateWith(PCM_FILTER_COEFFICIENTS *coefficients, pbInt cha
     return filter;
 }
 
-/// The output queue of a filter that nobody else holds, for operations that change it.
+/// Makes the filter private. @return its output queue, to be changed
 PCM_PACKET_QUEUE **Queue(PCM_FILTER **filter)
 {
     PB_ASSERT(filter);

@@ -5,16 +5,17 @@
 #ifdef PCM_VECTOR
 
 // What bounds such a loop is not arithmetic but loading: nearly every vector lies across two lines of the cache. So
-// each is loaded once for several sums. `columns` vectors on, the outputs need the same samples `lag` taps later:
+// each is loaded once for several sums. The outputs `columns` vectors on need the same samples `lag` taps earlier in
+// their sums, which therefore start `lag` steps later:
 //
 //     step                         0 ...   lag ...   2 lag ...        taps ...   ...
 //     a vector of outputs          first tap          ...             done
 //     the one `columns` vectors on         first tap  ...                        done
 //     the next one                                   first tap ...
 
-/// Streams of vectors that share a coefficient, each with kDeep sums that share their samples. Registers bound them, of
-/// which AVX2 has 16 and the others 32: a stream takes kDeep for its sums and one for its samples. With AVX-512 12 sums
-/// keep the multipliers busy, and more streams would be harder to fill with a short packet.
+/// Streams of vectors that share a coefficient, each with kDeep sums that share their samples. Their number is limited
+/// by the registers (AVX2 16, the others 32): a stream takes kDeep for its sums and one for its samples. With AVX-512
+/// 12 sums keep the multipliers busy, and more streams would be harder to fill with a short packet.
 #if defined PCM_AVX512
 template <int kDeep> constexpr int kStreams = 12 / kDeep;
 #elif defined PCM_AVX2
@@ -28,7 +29,7 @@ struct Stagger {
 
     PCM_TARGET explicit Stagger(pbInt stride)
     {
-        const int common = std::countr_zero(static_cast<uint64_t>(stride | kLanes)); // factors of 2
+        const int common = std::countr_zero(static_cast<uint64_t>(stride | kLanes)); // how many factors of 2 they share
         columns = stride >> common;
         lag = kLanes >> common;
     }
@@ -44,7 +45,7 @@ PCM_TARGET inline Floats Clamped(Floats v)
 template <int... kNumbers> Numbers<kNumbers + 1 ...> Plus1(Numbers<kNumbers...>);
 template <int kDeep> using Later = decltype(Plus1(Count<kDeep - 1>())); ///< 1 ... kDeep - 1
 
-/// Sums of a stream each, at one depth. In folds with constant indices: what a variable indexes is kept in memory.
+/// One sum of each stream. Folds give constant indices; an array indexed by a variable would stay in memory.
 template <int kCount> struct Sums {
     Floats of[kCount];
 
@@ -91,14 +92,15 @@ Steps(Sums<kCount> (&sums)[kDeep], const PCM_SAMPLE *const (&source)[kCount], co
     }
 }
 
-/// Sums `length` vectors of each stream, of which stream i starts at starts[i]. At least kDeep; more only where kDeep
-/// lags cover the taps, so that the oldest sum is complete when the next one is due.
+/// Sums `length` vectors of each stream, of which stream i starts at starts[i]. At least kDeep. The taps exceed kDeep -
+/// 1 lags. More than kDeep only if terms.first and kDeep lags cover the taps, so that the oldest sum is complete when
+/// the next one starts.
 template <int... kLater, int... kAt>
 [[gnu::noinline]] PCM_TARGET void SumStreams(const FilterTerms &shape, Stagger stagger, const pbInt *starts,
                                              pbInt length, Numbers<kLater...>, Numbers<kAt...> streams)
 {
     constexpr int kDeep = sizeof...(kLater) + 1, kCount = sizeof...(kAt);
-    const FilterTerms terms = shape; // a copy, which the sums stored cannot be
+    const FilterTerms terms = shape; // a local copy, which no store can alias
     const pbInt lag = stagger.lag, step = stagger.columns * kLanes;
     const PCM_SAMPLE *source[] = {terms.source + starts[kAt]...};
     PCM_SAMPLE *dest[] = {terms.dest + starts[kAt]...};
@@ -146,7 +148,8 @@ template <int... kAt>
     (Store(kAt == kLast ? lastDest : dest + kAt * kLanes, sums.of[kAt]), ...);
 }
 
-/// Sums `together` vectors of `length` each: segments from `at` on, of all columns; one that would overrun moves back.
+/// Sums `together` streams of `length` vectors each, in segments of all columns from `at` on. A segment that would
+/// overrun moves back.
 template <int kDeep>
 PCM_TARGET void SumSegments(const FilterTerms &terms, Stagger stagger, pbInt at, pbInt together, pbInt length)
 {
@@ -165,13 +168,14 @@ PCM_TARGET void SumSegments(const FilterTerms &terms, Stagger stagger, pbInt at,
     }
 }
 
-/// Whole segments that fill the streams, in columns.
+/// The fewest streams that are whole segments and whole calls of SumStreams.
 template <int kDeep> PCM_TARGET inline pbInt Together(Stagger stagger)
 {
     return std::lcm(stagger.columns, pbInt{kStreams<kDeep>});
 }
 
-/// Sums all in segments as long as need be, if kDeep lags cover the taps and fewer do not. @return whether it does
+/// Sums all outputs in one pass, if kDeep lags, and no fewer, cover the taps and there are enough outputs. @return
+/// whether it did
 template <int kDeep> PCM_TARGET bool SumWithoutPause(const FilterTerms &terms, Stagger stagger)
 {
     if (terms.taps <= (kDeep - 1) * stagger.lag || terms.taps > kDeep * stagger.lag)
@@ -183,7 +187,8 @@ template <int kDeep> PCM_TARGET bool SumWithoutPause(const FilterTerms &terms, S
     return true;
 }
 
-/// Sums what fills segments of kDeep vectors, or nearly so. @return the samples summed
+/// Sums in blocks of streams of kDeep vectors; the last may be one fifth short, where it can move back. @return the
+/// samples summed
 template <int kDeep> PCM_TARGET pbInt SumInBlocks(const FilterTerms &terms, Stagger stagger)
 {
     const pbInt together = Together<kDeep>(stagger), block = together * kDeep * kLanes;
@@ -201,12 +206,12 @@ PCM_TARGET inline void SumFew(const FilterTerms &terms, pbInt at, pbInt vectors,
     ((vectors == kCounts + 1 ? SumVectors(terms, at, Count<kCounts + 1>()) : void()), ...);
 }
 
-/// At least one vector.
+/// For at least kLanes outputs.
 PCM_TARGET void SumWhole(const FilterTerms &terms)
 {
     const Stagger stagger(terms.stride);
-    // The depths of the built-in sets with one or two channels. Without them their rows take 1.1 to 1.2 of the time;
-    // without blocks, which serve all others, 1.3 to 1.6.
+    // The depths of the built-in sets with one or two channels, as far as they have one of these. Without them their
+    // rows take 1.1 to 1.2 of the time; without blocks, which serve all others, 1.3 to 1.6.
     if (terms.first && terms.last &&
         (SumWithoutPause<2>(terms, stagger) || SumWithoutPause<3>(terms, stagger) ||
          SumWithoutPause<6>(terms, stagger)))

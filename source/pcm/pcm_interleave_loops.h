@@ -1,18 +1,18 @@
 // The loops over interleaved frames, for one instruction set (pcm_each_isa.h). Tables at the end say which shape takes
-// which.
+// which loop.
 
 using Rest = FrameShape::Rest; // whose names Clang 14 does not take as template arguments by a using enum
 constexpr Rest kSilence = FrameShape::kSilence, kSum = FrameShape::kSum, kUnchanged = FrameShape::kUnchanged;
 
-constexpr pbInt kRead = -1; // a number that is read at run time; constants let the compiler make vectors
+constexpr pbInt kAtRunTime = -1; // a number that is read at run time; constants let the compiler make vectors
 
 /// The definition, but for masks.
-template <Rest kRest, pbInt kWidth = kRead, pbInt kKept = kRead, pbInt kChannels = kRead>
+template <Rest kRest, pbInt kWidth = kAtRunTime, pbInt kKept = kAtRunTime, pbInt kChannels = kAtRunTime>
 PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, const PCM_SAMPLE *__restrict source,
                           pbInt sourceChannels, pbInt frames)
 {
-    const pbInt width = kWidth == kRead ? shape.width : kWidth, kept = kKept == kRead ? shape.kept : kKept;
-    const pbInt channels = kChannels == kRead ? sourceChannels : kChannels;
+    const pbInt width = kWidth == kAtRunTime ? shape.width : kWidth, kept = kKept == kAtRunTime ? shape.kept : kKept;
+    const pbInt channels = kChannels == kAtRunTime ? sourceChannels : kChannels;
     const PCM_SAMPLE gain = shape.gain;
     for (pbInt f = 0; f < frames; ++f) {
         PCM_SAMPLE *const to = dest + f * width;
@@ -32,7 +32,7 @@ PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, 
     }
 }
 
-/// A row of a constant length for each frame, and nothing else. Without __restrict: compilers would scatter.
+/// Copies kKept samples of each frame. No __restrict: with it compilers use scatter instructions, which are slower.
 template <pbInt kKept>
 PCM_TARGET void CopyRows(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
                          pbInt frames)
@@ -79,11 +79,11 @@ template <int kFirst, int... kAt> PCM_TARGET inline Floats EverySecond(Floats a,
     return __builtin_shufflevector(a, b, (2 * kAt + kFirst)...);
 }
 
-/// The sums of as many frames as there are lanes. Reads one sample more.
+/// The sums of as many frames as there are lanes. With 3 channels it reads one sample behind the last frame.
 template <pbInt kChannels> PCM_TARGET inline Floats SumsOf(const PCM_SAMPLE *source, pbInt number)
 {
     constexpr Count<kLanes> all;
-    const pbInt channels = kChannels == kRead ? number : kChannels;
+    const pbInt channels = kChannels == kAtRunTime ? number : kChannels;
     Floats sum = {};
     if (channels == 1)
         return sum + Load<Floats>(source);
@@ -114,15 +114,14 @@ template <pbInt kChannels> PCM_TARGET inline Floats SumsOf(const PCM_SAMPLE *sou
     return sum;
 }
 
-/// How whole frames of dest are made in one vector: which of its lanes are samples of the source, and of which place
-/// there.
+/// How whole frames of dest are made in one vector: which lanes come from the source, and from which place in it.
 ///
 /// An example, with 8 lanes: channels 1 and 3 of 4 are kept (mask 0b1010, width 2). The source's vector begins at
 /// channel 1, and channel 3 lies 2 samples after it (reach). The second frame needs the places 4 and 6, a third 8 and
 /// 10, which are not there: so 2 frames are made at once, though 4 would fit in dest. Lanes 0 to 3 take the places 0,
 /// 2, 4, 6; what the others take is overwritten by the next vector, which is stored 4 samples further on.
 struct Picks {
-    pbInt first = 0, reach; ///< channels of the source: where its vector begins, and how far behind lies the last
+    pbInt first = 0, reach; ///< channels of the source: the first one taken, and the distance from it to the last
     pbInt frames;           ///< that are made at once; 0 if the source's vector does not hold one
     Ints frame, places;     ///< of each lane: its frame, and its place in the source's vector
     Words kept;             ///< all bits of the lanes that come from the source
@@ -154,7 +153,7 @@ struct Picks {
 using TurnsLoop = pbInt(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
                         const Picks &picks, pbInt frames, pbInt needed);
 
-/// Makes frames by turns: those that fit in a vector, or for sums as many as there are lanes. @return how many are
+/// A turn makes as many frames as fit in a vector, or for sums as many as there are lanes. @return how many are
 /// left, which is less than needed
 template <Rest kRest, bool kKeeps, pbInt kChannels>
 PCM_TARGET pbInt MakeTurns(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
@@ -186,14 +185,14 @@ PCM_TARGET pbInt MakeTurns(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_
 
 constexpr pbInt kMostChannels = 64;
 
-/// The last frames are made in arrays that have room behind them, by whole turns as well.
+/// The last frames, at most 2 * kLanes + 2, are made by whole turns too, in arrays with room for 4 * kLanes.
 PCM_TARGET void MakeByTurns(TurnsLoop *turns, PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source,
                             pbInt channels, pbInt frames)
 {
     const Picks picks(shape, channels);
     if (picks.frames == 0)
         return MakePicked(dest, shape, source, channels, frames);
-    // What a turn reads and writes, the vectors that begin in its last frame included, ends within so many frames.
+    // All that a turn loads or stores lies within this many frames from its first.
     const pbInt needed = (shape.rest == kSum ? kLanes : picks.frames) + 3 + kLanes / std::min(shape.width, channels);
     const pbInt left = turns(dest, shape, source, channels, picks, frames, needed);
     PCM_SAMPLE in[4 * kLanes * kMostChannels], out[4 * kLanes * kLanes];
@@ -204,7 +203,7 @@ PCM_TARGET void MakeByTurns(TurnsLoop *turns, PCM_SAMPLE *dest, const FrameShape
     __builtin_memcpy(dest, out, left * shape.width * sizeof(PCM_SAMPLE));
 }
 
-template <Rest kRest, bool kKeeps, pbInt kChannels = kRead>
+template <Rest kRest, bool kKeeps, pbInt kChannels = kAtRunTime>
 PCM_TARGET void MakeVectors(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_SAMPLE *source, pbInt channels,
                             pbInt frames)
 {
@@ -245,10 +244,10 @@ PCM_TARGET void PlaceOneInTwo(PCM_SAMPLE *dest, const FrameShape &shape, const P
     MakeChannel(dest, shape, source, channels, frames);
 }
 
-#else // the table has rows for vectors, which no shape reaches here
+#else // no shape fits kFits or kSome; the other rows for vectors take plain loops
 
 constexpr pbInt kLanes = 0, kMostChannels = 0;
-template <Rest kRest, bool, pbInt = kRead> constexpr MakeLoop *MakeVectors = MakePlain<kRest>;
+template <Rest kRest, bool, pbInt = kAtRunTime> constexpr MakeLoop *MakeVectors = MakePlain<kRest>;
 constexpr MakeLoop *MakeRows = MakePlain<kSilence>, *PlaceOneInTwo = MakeChannel;
 
 #endif
@@ -268,8 +267,8 @@ struct Choice {
     MakeLoop *loop;
 };
 
-// The first row that has a shape's numbers takes it. Behind it: how long a packet of 960 frames takes to be made so, as
-// a part of what the definition takes, with AVX-512 and AVX2; in brackets as a part of what a row below would take.
+// A shape takes the first row that it fits. The figures: the time for 960 frames as a part of the definition's, with
+// AVX-512 and AVX2; in brackets as a part of the time without the row.
 // clang-format off
 
 constexpr Choice kSums[] = {
