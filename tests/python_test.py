@@ -84,6 +84,7 @@ def test_what_comes_out_is_given_back():
             queue.write(packet)
         low.write(second)
         low.read(), copy.deepcopy(queue), pickle.loads(pickle.dumps(queue)), pcm.noise_gather(48000)
+        pcm.convert(bytes(48000), "alaw", "f32be")
         queue.clear()
         with second.writable() as samples:
             samples[:] = memoryview(pcm.Packet(ramp(1, 2)))
@@ -145,7 +146,9 @@ def subjects(owner):
 
 
 def test_refusals_are_those_of_c():
-    table = subprocess.run([os.environ["PCM_TESTS"], "--operations"], capture_output=True, text=True, check=True)
+    environment = os.environ | {"LD_PRELOAD": ""}
+    command = [os.environ["PCM_TESTS"], "--operations"]
+    table = subprocess.run(command, capture_output=True, text=True, check=True, env=environment)
     refused = [line.split("\t") for line in table.stdout.splitlines() if "\t" in line]
     for name, arguments, _, text in refused:
         call, owner = find(name)
@@ -223,27 +226,3 @@ def test_no_argument_does_worse_than_raise(threads):
     for thread in running:
         thread.join()
     assert not broken, seed
-
-
-def test_nothing_is_left_behind():
-    codes = bytes(1 << 20)
-
-    def use():
-        packet = pcm.decode(codes, "mulaw")
-        with packet.writable() as samples:
-            samples[:5] = 1
-        view = np.asarray(packet)
-        packet.level_adjust(-6.0)
-        pcm.Filter(pcm.FilterCoefficients("LOWPASS_4000_AT_16000"), 1).write(packet[:100])
-        return view, copy.copy(packet).encode("s16le"), pcm.convert(codes, "alaw", "f32be"), pcm.Packet(view)
-
-    def pages():
-        with open("/proc/self/statm") as file:
-            return int(file.read().split()[1])
-
-    for _ in range(5):
-        use()
-    before = pages()
-    for _ in range(20):  # a megabyte of codes is 4 of samples
-        use()
-    assert (pages() - before) * 4096 < 20 << 20
