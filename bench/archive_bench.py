@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""archive_bench.py BUILD [ROUNDS]: times pcm-archive beside the programs that do the same work, in turn, on the same files,
-and prints each median as a multiple of pcm-archive's. BUILD: a build directory of the project. The others run under
+"""archive_bench.py BUILD [ROUNDS]: times pcm-archive beside the programs that do the same work, in turn, on the same
+files, and prints each median as a multiple of pcm-archive's. BUILD: a build directory of the project. The others run under
 xargs with a process for each core, pcm-transcode also alone; those that are not installed are left out."""
 
 import os
@@ -43,11 +43,13 @@ def compare(title, make, build, archive, transcode, ffmpeg, sox, rounds):
         make(folder / "in")
         module = {**os.environ, "PYTHONPATH": str(build / "python")}
         per_file = f"cd {folder}/in && ls | xargs -P {{}} -I@ {{}}"
+        own = [sys.executable, "-m", "pcm_archive", folder / "in", folder / "out", *archive]
+        program = f"{build}/bin/pcm-transcode {transcode} @ {folder}/out/@ >{folder}/log"
         commands = {
-            "pcm-archive": [sys.executable, "-m", "pcm_archive", folder / "in", folder / "out", *archive],
-            "pcm-archive, one process": ["taskset", "-c", "0", sys.executable, "-m", "pcm_archive", folder / "in", folder / "out", *archive],
-            "pcm-transcode, one process": per_file.format(1, f"{build}/bin/pcm-transcode {transcode} @ {folder}/out/@ >{folder}/log"),
-            "pcm-transcode": per_file.format(CORES, f"{build}/bin/pcm-transcode {transcode} @ {folder}/out/@ >{folder}/log"),
+            "pcm-archive": own,
+            "pcm-archive, one process": ["taskset", "-c", "0", *own],
+            "pcm-transcode, one process": per_file.format(1, program),
+            "pcm-transcode": per_file.format(CORES, program),
             "ffmpeg": per_file.format(CORES, f"ffmpeg -nostdin -v error -i @ -threads 1 {ffmpeg} {folder}/out/@"),
             "sox": per_file.format(CORES, f"sox @ {sox} {folder}/out/@"),
         }  # fmt: skip
@@ -58,7 +60,9 @@ def compare(title, make, build, archive, transcode, ffmpeg, sox, rounds):
                 (folder / "out").mkdir()
                 command = commands[name]
                 start = time.monotonic()
-                subprocess.run(command, shell=isinstance(command, str), env=module, check=True, stdout=subprocess.DEVNULL)
+                subprocess.run(
+                    command, shell=isinstance(command, str), env=module, check=True, stdout=subprocess.DEVNULL
+                )
                 runs.append(time.monotonic() - start)
         print(f"{title}, {CORES} cores, medians of {rounds} rounds")
         own = statistics.median(times["pcm-archive"])

@@ -70,7 +70,10 @@ TAPS = pcm.FilterCoefficients("LOWPASS_4000_AT_48000")
 SECOND = random.integers(-20000, 20000, 48000, numpy.int16).tobytes()
 
 empty = pcm.Packet(channels=1)
-row("a call with nothing to do (del_leading 0)", {"pcm": lambda: empty.del_leading(0), "pybind11's empty call": empty.__len__})
+row(
+    "a call with nothing to do (del_leading 0)",
+    {"pcm": lambda: empty.del_leading(0), "pybind11's empty call": empty.__len__},
+)
 for length in 160, 960, 48000:
     words = SECOND[: 2 * length]
     array = numpy.frombuffer(words, numpy.int16)

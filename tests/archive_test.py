@@ -1,4 +1,4 @@
-"""The program pcm-archive: what it makes is what pcm-transcode makes, on one machine and on a cluster, whatever dies."""
+"""The program pcm-archive makes what pcm-transcode makes, on one machine and on a cluster, whatever dies."""
 
 import csv
 import json
@@ -49,12 +49,15 @@ def recordings(tmp_path_factory):
     root = tmp_path_factory.mktemp("recordings")
     kinds = [
         ("wav", "PCM_16"), ("wav", "ULAW"), ("wav", "PCM_U8"), ("wav", "FLOAT"), ("wav", "DOUBLE"), ("aiff", "PCM_24"),
-        ("au", "ALAW"), ("caf", "PCM_32"), ("flac", "PCM_16"), ("ogg", "VORBIS"), ("w64", "PCM_24"), ("mp3", "MPEG_LAYER_III"),
+        ("au", "ALAW"), ("caf", "PCM_32"), ("flac", "PCM_16"), ("ogg", "VORBIS"), ("w64", "PCM_24"),
+        ("mp3", "MPEG_LAYER_III"),
     ]  # fmt: skip
     rates = [8000, 16000, 48000, 44100]
     for i in range(MANY):
         ending, subtype = kinds[i % len(kinds)]
-        write(root / f"{i % 7}" / f"{i:03}.{ending}", 30000 + 1000 * i, rates[i // 12 % 4], 1 + i // 48 % 3 % 2, subtype)
+        write(
+            root / f"{i % 7}" / f"{i:03}.{ending}", 30000 + 1000 * i, rates[i // 12 % 4], 1 + i // 48 % 3 % 2, subtype
+        )
     whole = (root / "0" / "000.wav").read_bytes()
     (root / "cut.wav").write_bytes(whole[: len(whole) // 2])
     (root / "text.wav").write_text("no audio")
@@ -72,7 +75,7 @@ def on_one_machine(recordings, tmp_path_factory):
 
 def test_makes_what_transcode_makes(recordings, on_one_machine, tmp_path):
     rows = table(on_one_machine)
-    for source in sorted(rows)[: MANY : 7]:  # of each kind, rate and number of channels
+    for source in sorted(rows)[:MANY:7]:  # of each kind, rate and number of channels
         command = [TRANSCODE, *TO_MULAW, recordings / source, tmp_path / "goal.wav"]
         subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
         assert (on_one_machine / rows[source]["goal"]).read_bytes() == (tmp_path / "goal.wav").read_bytes(), source
@@ -148,7 +151,17 @@ def test_a_cluster_makes_the_same_though_a_worker_dies(recordings, on_one_machin
         file = tmp_path / "scheduler.json"
         start("dask_scheduler", "--host", "127.0.0.1", "--port", 0, "--no-dashboard", "--scheduler-file", file)
         workers = [
-            start("dask_worker", "--scheduler-file", file, "--no-nanny", "--no-dashboard", "--nthreads", 1, "--host", "127.0.0.1")
+            start(
+                "dask_worker",
+                "--scheduler-file",
+                file,
+                "--no-nanny",
+                "--no-dashboard",
+                "--nthreads",
+                1,
+                "--host",
+                "127.0.0.1",
+            )
             for _ in range(3)
         ]
         deadline = time.monotonic() + 30
@@ -202,7 +215,9 @@ def test_refuses(tmp_path, arguments, status, said):
     (tmp_path / "nothing").mkdir()
     if "full" in arguments:
         (tmp_path / "full").mkdir()
-        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", tmp_path / "full"], capture_output=True)
+        mounted = subprocess.run(
+            ["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", tmp_path / "full"], capture_output=True
+        )
         if mounted.returncode:
             pytest.skip("no small disk can be mounted")
     try:

@@ -36,7 +36,10 @@ def test_the_voice_stream_is_answered_with_itself_and_a_beep():
     codes = speech.encode("mulaw")
     media = [base64.b64encode(codes[at : at + 240]).decode() for at in range(0, len(codes), 240)]
     messages = [{"event": "start"}, *({"event": "media", "media": {"payload": text}} for text in media)]
-    lines = "\n".join(map(json.dumps, messages)) + '\n[]\n{"event": "media", "media": {"payload": "?"}}\n{"event": "stop"}\n'
+    lines = (
+        "\n".join(map(json.dumps, messages))
+        + '\n[]\n{"event": "media", "media": {"payload": "?"}}\n{"event": "stop"}\n'
+    )
     command = [sys.executable, ROOT / "examples/voice_stream.py"]
     run = subprocess.run(command, input=lines, capture_output=True, text=True, check=True, env=os.environ)
     assert run.stderr.count("message ") == 2

@@ -38,7 +38,12 @@ matplotlib.rcParams["svg.hashsalt"] = "levels"
 figure, (above, below) = pyplot.subplots(2, 1, sharex=True, figsize=(8, 4.5), layout="constrained")
 above.step(numpy.arange(len(levels)) / 50, levels, where="post")
 above.set(ylabel="RMS, dB of full scale", ylim=(-80, 0))
-below.specgram(samples + 1e-8 * numpy.random.default_rng(1).standard_normal(len(samples)), NFFT=256, Fs=RATE,
-               noverlap=192, vmin=-120)  # with noise too soft to be seen, for silence has no logarithm
+below.specgram(
+    samples + 1e-8 * numpy.random.default_rng(1).standard_normal(len(samples)),
+    NFFT=256,
+    Fs=RATE,
+    noverlap=192,
+    vmin=-120,
+)  # with noise too soft to be seen, for silence has no logarithm
 below.set(xlabel="seconds", ylabel="Hz")
 figure.savefig(sys.argv[1], metadata={"Date": None} if sys.argv[1].endswith("svg") else None, dpi=80)

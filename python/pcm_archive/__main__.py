@@ -39,7 +39,7 @@ def parse(arguments):
     )
     parser = Parser(
         "pcm-archive",
-        description="Brings all audio files below the folder IN to one format, measures them, and writes them below OUT.",
+        description="Brings all audio files below IN to one format, measures them, and writes them below OUT.",
         epilog=EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
         allow_abbrev=False,
@@ -57,7 +57,7 @@ def parse(arguments):
     level.add_argument("--level", type=number(-200, 200, float), metavar="DB", help="raise the level by DB decibels")
     level.add_argument("--peak", type=number(-200, 0, float), metavar="DB", help="bring each file's loudest sample to "
                        "DB, of full scale; reads each file twice")  # fmt: skip
-    add("--scheduler", metavar="ADDRESS", help="the Dask cluster whose workers do the work, such as tcp://host:8786; IN "
+    add("--scheduler", metavar="ADDRESS", help="the Dask cluster that does the work, such as tcp://host:8786; IN "
         "and OUT are paths that they all see; default: a process for each core of this machine")  # fmt: skip
     add("--report", metavar="FILE", help="write a page with plots, as HTML")
     add("--again", action="store_true", help="also convert what is there already")
@@ -81,7 +81,9 @@ def main(arguments=None):
         for row in failures[:10]:
             print(f"pcm-archive: {row['source']}: {row['failure']}", file=sys.stderr)
         if len(failures) > 10:
-            print(f"pcm-archive: and {len(failures) - 10} more, in {os.path.join(asked.OUT, run.TABLE)}", file=sys.stderr)
+            print(
+                f"pcm-archive: and {len(failures) - 10} more, in {os.path.join(asked.OUT, run.TABLE)}", file=sys.stderr
+            )
         print(summary)
         if asked.report:
             with open(asked.report, "w", encoding="utf-8", errors="replace") as file:

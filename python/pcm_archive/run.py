@@ -1,5 +1,6 @@
 """Many files: what there is to do, cut into batches that workers take, the processes of this machine or those of a Dask
-cluster, and the table of what came out. The table is written as the rows come, so that a run that was ended goes on where it was."""
+cluster, and the table of what came out. The table is written as the rows come, so that a run that was ended goes on
+where it was."""
 
 import collections
 import concurrent.futures
@@ -22,8 +23,8 @@ COLUMNS = (
     "silent_share", "nan_share", "level", "clipped_by_us", "options", "bytes", "mtime_ns", "goal_bytes",
 )  # fmt: skip
 
-# A batch is one task of the scheduler, which hands out some thousand a second. It weighs a sixteenth of a worker's share,
-# so that the workers end together, within bounds: work of some ten milliseconds at least, and of some seconds at most.
+# A batch is one task of the scheduler, which hands out some thousand a second. It weighs a sixteenth of a worker's
+# share, so that the workers end together, within bounds: work of some ten milliseconds at least, and of some seconds at most.
 BATCHES_A_WORKER = 16
 FILE_WEIGHT, LEAST_WEIGHT, MOST_WEIGHT = 1 << 16, 1 << 23, 1 << 29  # bytes; what opening a file costs, as bytes
 WAITING_A_WORKER = 4  # batches that the scheduler knows of, so that its memory does not grow with the archive
@@ -181,7 +182,7 @@ class Progress:
 
 
 class Processes:
-    """A worker process for each core of this machine. They take no notice of Ctrl-C, which is this process's to answer."""
+    """A worker process for each core of this machine. They ignore Ctrl-C, which this process answers."""
 
     def __init__(self):
         self.workers = len(os.sched_getaffinity(0))

@@ -176,7 +176,9 @@ class Writer:
             try:
                 return soundfile.SoundFile(self._fd, "w", rate, channels, subtype, endian, container, closefd=False)
             except (soundfile.LibsndfileError, ValueError):
-                raise Unreadable(f"{container} cannot hold {channels} channels of {self._encoding} at {rate} Hz") from None
+                raise Unreadable(
+                    f"{container} cannot hold {channels} channels of {self._encoding} at {rate} Hz"
+                ) from None
 
         self._file = opened("WAVEX" if extensible else container)
         if extensible and len(speakers) == channels:
