@@ -6,10 +6,10 @@ constexpr Rest kSilence = FrameShape::kSilence, kSum = FrameShape::kSum, kUnchan
 
 constexpr pbInt kAtRunTime = -1; // a number that is read at run time; constants let the compiler make vectors
 
-/// The definition, but for masks.
+/// The definition, but for masks. Inlined, it would take the registers of the loops before it.
 template <Rest kRest, pbInt kWidth = kAtRunTime, pbInt kKept = kAtRunTime, pbInt kChannels = kAtRunTime>
-PCM_TARGET void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape, const PCM_SAMPLE *__restrict source,
-                          pbInt sourceChannels, pbInt frames)
+PCM_TARGET [[gnu::noinline]] void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape,
+                                            const PCM_SAMPLE *__restrict source, pbInt sourceChannels, pbInt frames)
 {
     const pbInt width = kWidth == kAtRunTime ? shape.width : kWidth, kept = kKept == kAtRunTime ? shape.kept : kKept;
     const pbInt channels = kChannels == kAtRunTime ? sourceChannels : kChannels;
@@ -165,6 +165,7 @@ PCM_TARGET pbInt MakeTurns(PCM_SAMPLE *dest, const FrameShape &shape, const PCM_
     const pbInt width = shape.width, fit = picks.frames, turn = kRest == kSum ? kLanes : fit;
     const pbInt destTurn = turn * width, sourceTurn = turn * channels;
     source += picks.first;
+#pragma GCC unroll 4 // else 1.0 to 1.4 of the time, by where the linker puts it
     for (; frames >= needed; frames -= turn, dest += destTurn, source += sourceTurn) {
         const Words sums = kRest == kSum ? BitsOf(SumsOf<kChannels>(source, channels) * gain) : Words{};
         Ints at = frame;

@@ -1,5 +1,6 @@
 // The sample kernels' loops, for one instruction set (pcm_each_isa.h). Plain loops: where dest and source overlap, the
-// compiler's own run-time test keeps the ascending order.
+// compiler's own run-time test keeps the ascending order. Turns of one vector would take 1.0 to 1.3 of the time of
+// several, by where the linker puts them.
 
 // What becomes of the sample that is there and the one that comes; of one or of a vector.
 struct Copy {
@@ -14,12 +15,16 @@ struct Product {
 
 template <class Combine> PCM_TARGET void Flat(PCM_SAMPLE *dest, const PCM_SAMPLE *source, pbInt samples)
 {
+#pragma GCC unroll 4
     for (pbInt i = 0; i < samples; ++i)
         dest[i] = Combine::Of(dest[i], source[i]);
 }
 
 PCM_TARGET inline void ScaleRun(PCM_SAMPLE *dest, pbInt samples, PCM_SAMPLE factor)
 {
+#ifndef PCM_AVX512 // there 1.1 of the time at 65,536
+#pragma GCC unroll 4
+#endif
     for (pbInt i = 0; i < samples; ++i)
         dest[i] = dest[i] * factor;
 }
