@@ -45,10 +45,8 @@
 #else
 
 namespace pcm {
-namespace {
 namespace avx2 = base;
 namespace avx512 = base;
-} // namespace
 } // namespace pcm
 
 #endif

@@ -21,9 +21,7 @@ constexpr uint8_t AlawCode(unsigned i)
 /// Mu-law code, sign bit clear, of the magnitude 8 * i.
 constexpr uint8_t MulawCode(unsigned i)
 {
-    const unsigned biased = std::min(2 * i, 8159u) + 33;
-    if (biased >= 8192)
-        return 0;
+    const unsigned biased = std::min(2 * i + 33, 8191u);
     const unsigned segment = static_cast<unsigned>(std::bit_width(biased)) - 6;
     const unsigned step = (biased >> (segment + 1)) & 0x0F;
     return static_cast<uint8_t>(~(segment << 4 | step) & 0x7F);
