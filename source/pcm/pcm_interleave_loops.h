@@ -8,8 +8,9 @@ constexpr pbInt kAtRunTime = -1; // a number that is read at run time; constants
 
 /// The definition, but for masks. Inlined, it would take the registers of the loops before it.
 template <Rest kRest, pbInt kWidth = kAtRunTime, pbInt kKept = kAtRunTime, pbInt kChannels = kAtRunTime>
-PCM_TARGET [[gnu::noinline]] void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape,
-                                            const PCM_SAMPLE *__restrict source, pbInt sourceChannels, pbInt frames)
+PCM_TARGET __attribute__((noinline)) void MakePlain(PCM_SAMPLE *__restrict dest, const FrameShape &shape,
+                                                    const PCM_SAMPLE *__restrict source, pbInt sourceChannels,
+                                                    pbInt frames)
 {
     const pbInt width = kWidth == kAtRunTime ? shape.width : kWidth, kept = kKept == kAtRunTime ? shape.kept : kKept;
     const pbInt channels = kChannels == kAtRunTime ? sourceChannels : kChannels;
